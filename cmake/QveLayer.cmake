@@ -1,0 +1,30 @@
+# One folder under src/, one target.
+#
+#   qve_layer(qve_storage USES qve_primitives LIBRARIES ICU::uc OPTIONS -O3)
+#
+# Globs the folder's own sources (not its sub-folders), lists its headers as a file set, and links the layers it uses
+# publicly: what a layer's headers mention, its users see.
+function(qve_layer name)
+    cmake_parse_arguments(LAYER "" "" "USES;LIBRARIES;OPTIONS" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    add_library(${name} ${sources})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${CMAKE_SOURCE_DIR}/src FILES ${headers})
+    target_link_libraries(${name} PUBLIC ${LAYER_USES} ${LAYER_LIBRARIES})
+    target_compile_options(${name} PRIVATE ${LAYER_OPTIONS})
+    qve_warnings(${name})
+endfunction()
+
+# The tests of one layer: the folder's *_test.cpp, linked against that layer alone.
+#
+#   qve_layer_tests(qve_types LIBRARIES ICU::uc LABELS threads)
+function(qve_layer_tests layer)
+    cmake_parse_arguments(TESTS "" "" "USES;LIBRARIES;LABELS" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    set(name ${layer}_tests)
+    add_executable(${name} ${sources})
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${layer} ${TESTS_USES} ${TESTS_LIBRARIES} GTest::gmock GTest::gtest_main)
+    qve_warnings(${name})
+    gtest_discover_tests(${name} PROPERTIES LABELS "${TESTS_LABELS}" DISCOVERY_MODE PRE_TEST)
+endfunction()

@@ -1,0 +1,7 @@
+if(QVE_SANITIZE)
+    add_compile_options(-fsanitize=${QVE_SANITIZE} -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${QVE_SANITIZE})
+    if(QVE_FUZZERS)
+        add_compile_options(-fsanitize=fuzzer-no-link)
+    endif()
+endif()
