@@ -17,9 +17,13 @@ bool has_bits(unsigned leaf, unsigned reg, unsigned mask) {
 
 }  // namespace
 
-bool CPU::CheckInfo(unsigned reg, unsigned mask) { return has_bits(1, reg, mask); }
+bool CPU::CheckInfo(unsigned reg, unsigned mask) {
+    return has_bits(1, reg, mask);
+}
 
-bool CPU::CheckExtended(unsigned reg, unsigned mask) { return has_bits(7, reg, mask); }
+bool CPU::CheckExtended(unsigned reg, unsigned mask) {
+    return has_bits(7, reg, mask);
+}
 
 bool CPU::IsVectFeatureEnabled() {
     static const bool enabled = [] {

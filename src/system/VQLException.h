@@ -5,10 +5,18 @@
 
 namespace qve {
 
-/// A place in statement text. Line and column are numbered as the lexer counts them.
-struct VQLPosition {
-    unsigned line = 0;
-    unsigned column = 0;
+/// A place in statement text. Line and column count from 0; the column counts characters.
+class VQLPosition {
+public:
+    constexpr VQLPosition() = default;
+    constexpr VQLPosition(int lineNo, int columnNo) : m_lineNo(lineNo), m_columnNo(columnNo) {}
+    constexpr int GetLineNo() const { return m_lineNo; }
+    constexpr int GetColumnNo() const { return m_columnNo; }
+    friend constexpr bool operator==(const VQLPosition&, const VQLPosition&) = default;
+
+private:
+    int m_lineNo = 0;
+    int m_columnNo = 0;
 };
 
 /// A fault in a statement: an error code of the 48000 and 49000 blocks and a wide message.

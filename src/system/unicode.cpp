@@ -53,7 +53,9 @@ void append(std::u16string& out, UChar32 c) {
         out.push_back(U16_TRAIL(c));
     }
 }
-void append(std::wstring& out, UChar32 c) { out.push_back(static_cast<wchar_t>(c)); }
+void append(std::wstring& out, UChar32 c) {
+    out.push_back(static_cast<wchar_t>(c));
+}
 
 template <class To, class From>
 To convert(From text) {
@@ -65,11 +67,23 @@ To convert(From text) {
 
 }  // namespace
 
-std::wstring widen(std::string_view utf8) { return convert<std::wstring>(utf8); }
-std::wstring widen(std::u16string_view utf16) { return convert<std::wstring>(utf16); }
-std::string narrow(std::wstring_view wide) { return convert<std::string>(wide); }
-std::string narrow(std::u16string_view utf16) { return convert<std::string>(utf16); }
-std::u16string to_utf16(std::wstring_view wide) { return convert<std::u16string>(wide); }
-std::u16string to_utf16(std::string_view utf8) { return convert<std::u16string>(utf8); }
+std::wstring widen(std::string_view utf8) {
+    return convert<std::wstring>(utf8);
+}
+std::wstring widen(std::u16string_view utf16) {
+    return convert<std::wstring>(utf16);
+}
+std::string narrow(std::wstring_view wide) {
+    return convert<std::string>(wide);
+}
+std::string narrow(std::u16string_view utf16) {
+    return convert<std::string>(utf16);
+}
+std::u16string to_utf16(std::wstring_view wide) {
+    return convert<std::u16string>(wide);
+}
+std::u16string to_utf16(std::string_view utf8) {
+    return convert<std::u16string>(utf8);
+}
 
 }  // namespace qve
