@@ -8,18 +8,16 @@ namespace qve::Metrics {
 
 /// Which kinds of events a program emits: one bit a kind. The quoted words are their mnemonics.
 struct Bits {
-    static constexpr uint64_t bit(int number) { return uint64_t{1} << number; }
-
-    static constexpr uint64_t Server = bit(0);     ///< "server": request handlers
-    static constexpr uint64_t Query = bit(1);      ///< "query": parsing, passes, compilation
-    static constexpr uint64_t Operators = bit(2);  ///< "operators": running plans
-    static constexpr uint64_t Storage = bit(3);    ///< "storage": streams, columns, catalog
-    static constexpr uint64_t Files = bit(4);      ///< "files": opening, mapping, renaming
-    static constexpr uint64_t Ingest = bit(5);     ///< "ingest": imports and inserts
-    static constexpr uint64_t General = bit(6);    ///< "general": scopes that name no kind of their own
-    static constexpr uint64_t Process = bit(7);    ///< "process": statistics of the process
-    static constexpr uint64_t Threads = bit(8);    ///< "threads": contexts that open and close
-    static constexpr uint64_t Session = bit(49);   ///< "session": attributes that tie a context to a session
+    static constexpr uint64_t Server = uint64_t{1} << 0;     ///< "server": request handlers
+    static constexpr uint64_t Query = uint64_t{1} << 1;      ///< "query": parsing, passes, compilation
+    static constexpr uint64_t Operators = uint64_t{1} << 2;  ///< "operators": running plans
+    static constexpr uint64_t Storage = uint64_t{1} << 3;    ///< "storage": streams, columns, catalog
+    static constexpr uint64_t Files = uint64_t{1} << 4;      ///< "files": opening, mapping, renaming
+    static constexpr uint64_t Ingest = uint64_t{1} << 5;     ///< "ingest": imports and inserts
+    static constexpr uint64_t General = uint64_t{1} << 6;    ///< "general": scopes that name no kind of their own
+    static constexpr uint64_t Process = uint64_t{1} << 7;    ///< "process": statistics of the process
+    static constexpr uint64_t Threads = uint64_t{1} << 8;    ///< "threads": contexts that open and close
+    static constexpr uint64_t Session = uint64_t{1} << 49;   ///< "session": attributes that tie a context to a session
 };
 
 /// The text form of a bit mask: mnemonics separated by ",". Lists are read with ",", ";", "|" or blanks between the
