@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "algebra/DataFlow.h"
+#include "algebra/Exp.h"
+#include "algebra/Grouping.h"
+#include "algebra/RadixCluster.h"
+#include "algebra/Table.h"
+
+namespace qve {
+
+class GroupPartition;
+
+/// Reduces the rows of a flow to groups of equal keys. The groups are the rows of the table, in the order in which
+/// their keys first appear; null keys form a group. Without keys there is one group, and none when there is no row.
+class Aggr : public Table {
+public:
+    static constexpr unsigned noLimit = ~0u;
+
+    /// The columns are the keys `keyNames` of `source` and the `aggregates`, each an aggregate expression that carries
+    /// the name of its column. Reading stops after the page in which the number of groups passes `groupLimit`.
+    /// `estimate` is the expected number of groups, 0 when unknown. Raises QVE_InvalidArgument for a null source.
+    Aggr(RefCntPtr<DataFlow> source, ColumnNames keyNames, std::vector<RefCntPtr<Exp>> aggregates,
+         unsigned groupLimit = noLimit, unsigned estimate = 0);
+    ~Aggr() override;
+
+    void Accept(OperatorVisitor& visitor) override;
+    ColumnNames GetColumnNames() const override;
+    bool HasColumn(const std::wstring& name) const override;
+    /// Raises QVE_OutOfRange for an unknown name.
+    RefCntPtr<Column> GetColumn(const std::wstring& name) const override;
+    unsigned GetColumnCount() const override;
+    RefCntPtr<Column> DescribeColumn(const std::wstring& name) const override;
+    uint64_t GetStart() const override;
+    uint64_t GetCount() const override;
+    uint64_t Build(unsigned pageSize) override;
+
+    /// A new output column: for a key an empty one on temporary streams, for an aggregate the expression's
+    /// accumulators.
+    virtual RefCntPtr<Column> LoadColumn(const std::wstring& name) const;
+    /// The description of an output column.
+    virtual RefCntPtr<Column> LookupColumn(const std::wstring& name) const;
+
+    /// Installs a grouping, or drops it when null. Done by the build itself; from outside only before it.
+    void SetGrouping(RefCntPtr<Grouping> grouping);
+
+    const RefCntPtr<DataFlow>& GetSource() const { return m_source; }
+    const ColumnNames& GetKeyNames() const { return m_keyNames; }
+    const std::vector<RefCntPtr<Exp>>& GetAggregates() const { return m_aggregates; }
+    unsigned GetGroupLimit() const { return m_groupLimit; }
+
+protected:
+    virtual void BuildPartitioned(unsigned pageSize);
+    /// Drains the source. Raises 40017 when there is none.
+    virtual void ProcessData(unsigned pageSize);
+    /// Appends the keys of `count` rows of the page as new groups, with fresh accumulators.
+    virtual void InsertRows(unsigned count, const unsigned* rows);
+    virtual void InsertRow(unsigned row);
+
+private:
+    class StoredKeys;
+    struct Accumulator {
+        Exp* aggregate;
+        RefCntPtr<Column> column;
+    };
+
+    void Bind();
+    void ChooseGrouping();
+    void ReplaceByHash();
+    /// Gives every row of the page its group, adding groups as needed.
+    input_column AssignGroups(unsigned count, unsigned extent, const unsigned* sel);
+    void Accumulate(unsigned count, unsigned extent, const unsigned* sel, input_column groups);
+    void FoldPage(unsigned count, input_column groups, const unsigned* sel);
+    Exp* FindAggregate(const std::wstring& name) const;
+    RefCntPtr<Column> DescribeKey(const std::wstring& name) const;
+
+    const RefCntPtr<DataFlow> m_source;
+    const ColumnNames m_keyNames;
+    const std::vector<RefCntPtr<Exp>> m_aggregates;
+    const unsigned m_groupLimit;
+    const unsigned m_estimate;
+    mutable ColumnMap m_columns;
+    mutable ColumnMap m_descriptions;
+    RefCntPtr<Grouping> m_grouping;
+    RefCntPtr<Grouping::Context> m_context;
+    RefCntPtr<StoredKeys> m_storedKeys;
+    RefCntPtr<Column> m_groupIds;
+    std::unique_ptr<GroupPartition> m_partition;
+    RadixCluster m_cluster;
+    std::vector<std::pair<RefCntPtr<Column>, RefCntPtr<Column>>> m_keyPairs;
+    std::vector<Accumulator> m_accumulators;
+    std::vector<unsigned> m_missList;
+    std::vector<unsigned> m_insertList;
+    unsigned m_groupCount = 0;
+    bool m_built = false;
+};
+
+}  // namespace qve

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "algebra/Namespace.h"
+#include "system/RefCntObject.h"
+#include "system/RefCntPtr.h"
+#include "types/input_column.h"
+#include "types/output_column.h"
+
+namespace qve {
+
+class Column;
+class Table;
+
+/// How the keys of a grouping compare.
+enum class CompareSemantics : unsigned {
+    nullsDiffer = 0,  ///< a null key matches nothing, not even another null
+    nullsMatch = 1,   ///< null keys are equal, and form a group of their own
+};
+
+/// The strategies of grouping, for display.
+enum class GroupingIdType : unsigned { none, array, radix, hash };
+
+/// Assigns to each row a dense group number, so that equal keys get the same number. Shared by aggregation, whose
+/// groups are output rows, and by joins, whose groups are the distinct keys of the inner table. The class itself is the
+/// strategy for no keys: one group.
+///
+/// The owner runs this for each page of `count` rows selected by `sel` (null for all):
+///
+///     hashes = HashInsert(count, extent, sel, context)
+///     misses = Probe(count, missList, groups, hashes, sel, context)
+///     while misses > 0:
+///         n = FindInserts(misses, insertList, missList, hashes)
+///         give insertList[i] the group size + i in `groups`, and InsertHashes(n, insertList, hashes, size)
+///         add these rows as new groups, SetSize(size + n)
+///         misses = Probe(misses - n, missList, groups, hashes, missList, context)
+///
+/// Lists hold row positions of the page, ascending; each needs room for one more than the page. `groups` is unsigned
+/// 32-bit and indexed by row position; when its flag column_flags::constant is set after Probe, all rows of the page
+/// are of the group at its first position, and no other position is valid. Rows with equal keys get one group, the
+/// first of them in order; a filter collision only costs one more round.
+class Grouping : public RefCntObject {
+public:
+    /// The number of a row that has no group yet.
+    static constexpr unsigned noGroup = ~0u;
+
+    /// What a grouping holds for one flow: the grouping itself may be shared between workers, a context never is.
+    class Context : public RefCntObject {
+    public:
+        /// `rows` gives the pages that are grouped. `groups` holds the key columns of the groups, at their group
+        /// numbers. Both outlive the context.
+        Context(const Namespace* rows, const Namespace* groups) : m_rows(rows), m_groups(groups) {}
+        const Namespace* GetRows() const { return m_rows; }
+        const Namespace* GetGroups() const { return m_groups; }
+
+    private:
+        const Namespace* m_rows;
+        const Namespace* m_groups;
+    };
+
+    explicit Grouping(CompareSemantics semantics);
+    ~Grouping() override;
+
+    /// Makes the bit column ".MATCHED" of the inner rows of an outer join, all false.
+    virtual void CreateInnerMatched(unsigned long long rows);
+    /// The column ".MATCHED"; null before CreateInnerMatched.
+    virtual RefCntPtr<Column> GetInnerMatched();
+    /// Marks inner rows as matched: `base` + rows[p] for the first `count` positions p of `selection` (unsigned 32-bit
+    /// both; a selection without data means all), where rows[p] is below `limit`.
+    virtual void MarkInnerMatched(unsigned long long base, unsigned limit, unsigned count, input_column rows,
+                                  input_column selection);
+    /// True for the one owner that is to emit the unmatched inner rows.
+    virtual bool JoinUnmatched();
+    /// The number of groups so far.
+    virtual unsigned GetSize() const;
+    /// The column ".LINKS": for each inner row the next row of its group, all ones at the end; null where no group has
+    /// a second row.
+    virtual RefCntPtr<Column> GetLinks();
+    /// True when different keys with one hash were met.
+    virtual bool HasCollisions() const;
+    virtual bool CanHashInnerConcurrently() const;
+    /// Forgets all groups. `size` is the expected number of groups of the next use.
+    virtual void Reset(unsigned size);
+    /// A column "groupids" for the group numbers of a page, unsigned 32-bit, not extended yet; of storage "val" where
+    /// one value serves all rows.
+    virtual RefCntPtr<Column> AllocateGroupIDs() const;
+    virtual RefCntPtr<Context> MakeContext(const Namespace* rows, const Namespace* groups) const;
+    /// The hash page of rows that may become groups. Valid until the next page.
+    virtual input_column HashInsert(unsigned count, unsigned extent, const unsigned* sel, Context* context) const;
+    /// The hash page of rows that are only looked up.
+    virtual input_column HashProbe(unsigned count, unsigned extent, const unsigned* sel, Context* context) const;
+    /// Writes the group of each row to `groups` and the positions of rows without one to `misses`; returns how many.
+    /// `misses` may be the very list that `sel` is.
+    virtual unsigned Probe(unsigned count, unsigned* misses, output_column groups, input_column hashes,
+                           const unsigned* sel, Context* context);
+    /// Splits `count` rows without a group, listed in `retries`, into such as have certainly different keys, to
+    /// `inserts`, and the others, which stay in `retries`. Returns the number of the former; at least one of them.
+    virtual unsigned FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes);
+    /// Makes `group` known under `hash`.
+    virtual void InsertHash(unsigned hash, unsigned group);
+    /// Loads the distinct keys `names` of a join's inner table as groups, in pages of `pageSize` rows.
+    virtual void HashInner(RefCntPtr<Table> inner, const std::vector<std::wstring>& names, unsigned pageSize);
+    /// The strategy, for GetName.
+    virtual GroupingIdType NameId() const;
+
+    /// Whether the strategy can take this page of keys. Asked before Probe; a grouping that says no stays as it is, and
+    /// the owner replaces it.
+    virtual bool Accepts(unsigned count, input_column hashes, const unsigned* sel);
+    /// InsertHash for `count` rows of a page, which get the groups from `first` on.
+    virtual void InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first);
+
+    /// The display name of the strategy.
+    const std::wstring& GetName() const;
+    void SetSize(unsigned groups) { m_size = groups; }
+    CompareSemantics GetSemantics() const { return m_semantics; }
+
+protected:
+    /// Makes the column ".LINKS" for `rows` inner rows, all ones.
+    void MakeLinkColumn(unsigned long long rows);
+    /// Makes `next` the successor of the inner row `row`.
+    void SetLink(unsigned long long row, unsigned next);
+
+    RefCntPtr<Column> m_links;
+    RefCntPtr<Column> m_innerMatched;
+
+private:
+    const CompareSemantics m_semantics;
+    unsigned m_size = 0;
+    unsigned m_group = noGroup;
+};
+
+}  // namespace qve
