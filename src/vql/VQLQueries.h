@@ -1,0 +1,20 @@
+#pragma once
+
+/// All query classes, for what walks query trees.
+#include "vql/VQLAggregateQuery.h"
+#include "vql/VQLAppendQuery.h"
+#include "vql/VQLDomainQuery.h"
+#include "vql/VQLExchangeQuery.h"
+#include "vql/VQLIndexJoinQuery.h"
+#include "vql/VQLIndexTableQuery.h"
+#include "vql/VQLJoinQuery.h"
+#include "vql/VQLOrderQuery.h"
+#include "vql/VQLPivotQuery.h"
+#include "vql/VQLProjectQuery.h"
+#include "vql/VQLQueryVisitor.h"
+#include "vql/VQLRemoteQuery.h"
+#include "vql/VQLRestrictQuery.h"
+#include "vql/VQLSelectQuery.h"
+#include "vql/VQLTableQuery.h"
+#include "vql/VQLTextQuery.h"
+#include "vql/VQLTopQuery.h"
