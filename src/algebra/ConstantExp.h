@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "algebra/Exp.h"
+#include "types/usratom.h"
+
+namespace qve {
+
+/// A literal: one value, of storage "val". A value of a heap type lies in a dictionary of the node's own.
+class ConstantExp : public Exp {
+public:
+    explicit ConstantExp(const usratom& atom);
+    ConstantExp(const std::wstring& name, const usratom& atom);
+    /// The value as a token of the dictionary of `column`, to be compared with that column by token. A value that the
+    /// dictionary does not hold becomes a token that no row of it has.
+    ConstantExp(const usratom& atom, const Column& column);
+
+    void Accept(ExpVisitor& visitor) override;
+    RefCntPtr<Column> AllocateColumn(const Namespace* input) override;
+    void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
+
+    /// Appends a value, making a list of values for operators that read several.
+    void AddValue(const usratom& atom);
+    /// The value at `index`; it owns its bytes.
+    usratom GetValue(unsigned index = 0) const;
+    unsigned GetValueCount() const;
+    bool IsNull() const;
+
+    /// The properties of a column that can hold the atom.
+    static usrprops AtomProperties(const usratom& atom);
+
+private:
+    void MakeColumn(const std::wstring& name, const usratom& atom);
+};
+
+}  // namespace qve

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "algebra/Exp.h"
+
+namespace qve {
+
+/// The tokens of a compressed column as plain numbers. The page is the argument's own: nothing is copied.
+class DataExp : public Exp {
+public:
+    explicit DataExp(RefCntPtr<Exp> argument);
+
+    void Accept(ExpVisitor& visitor) override;
+    RefCntPtr<Column> AllocateColumn(const Namespace* input) override;
+    input_column GetResult() const override;
+};
+
+}  // namespace qve

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "algebra/DelegatedTable.h"
+
+namespace qve {
+
+class Database;
+
+/// Builds a table and stores its columns in a database, as a table that exists there.
+class Save : public DelegatedTable {
+public:
+    /// A column that the stored table has is replaced, one that it has not is created.
+    Save(RefCntPtr<Table> delegate, RefCntPtr<Database> database, std::wstring schema, std::wstring table);
+    ~Save() override;
+
+    uint64_t Build(unsigned pageSize) override;
+    /// Drops the table that was saved, and with it its temporary streams.
+    void ReleaseDelegate();
+
+private:
+    const RefCntPtr<Database> m_database;
+    const std::wstring m_schema;
+    const std::wstring m_table;
+    bool m_built = false;
+    uint64_t m_count = 0;
+};
+
+}  // namespace qve

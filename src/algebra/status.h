@@ -1,0 +1,31 @@
+#pragma once
+
+namespace qve::status {
+
+inline constexpr int BooleanExp_MakeColumn = 40048;
+inline constexpr int CaseExp_MakeColumn = 40050;
+inline constexpr int CastExp_AllocateColumn = 40053;
+inline constexpr int DataFlow_DescribeColumn = 40101;
+inline constexpr int DataFlow_GetColumn = 40102;
+inline constexpr int DataFlow_LoadColumn = 40103;
+inline constexpr int DataFlow_LookupColumn = 40104;
+inline constexpr int DataFlow_ResetCursor = 40105;
+inline constexpr int Exp_Aggregate = 40158;
+inline constexpr int FlowTable_DescribeColumn = 40180;
+inline constexpr int FlowTable_source = 40181;
+inline constexpr int FlowTable_GetColumn = 40182;
+inline constexpr int FlowTable_LoadColumn = 40183;
+inline constexpr int FlowTable_LookupColumn = 40184;
+inline constexpr int LeafTable_DescribeColumn = 40239;
+inline constexpr int LeafTable_GetColumn = 40240;
+inline constexpr int PrimitiveExp_MakePrimitive = 40354;
+inline constexpr int PrimitiveExp_MakePrimitiveColumn = 40355;
+inline constexpr int RestrictedTable_DescribeColumn = 40379;
+inline constexpr int RestrictedTable_GetColumn = 40380;
+inline constexpr int Renamespace_DescribeColumn = 40385;
+inline constexpr int Renamespace_GetColumn = 40386;
+inline constexpr int ResolveCast = 40390;
+inline constexpr int Scan_Next = 40401;
+inline constexpr int Select_Select = 40403;
+
+}  // namespace qve::status
