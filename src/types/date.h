@@ -26,8 +26,8 @@ struct date {
     constexpr auto operator<=>(const date&) const = default;
 };
 
-constexpr date date::mindate{2447892};
-constexpr date date::maxdate{2459214};
+inline constexpr date date::mindate{2447892};
+inline constexpr date date::maxdate{2459214};
 
 /// "YYYY-MM-DD", or "NULL".
 std::ostream& operator<<(std::ostream& stream, const date& value);
