@@ -32,6 +32,8 @@ public:
     static void unlink(std::wstring_view path);
     /// Makes an empty file, or leaves the one that is there.
     static void touch(std::wstring_view path);
+    /// Returns when the bytes of a file, or the entries of a directory, are on the disk.
+    static void sync(std::wstring_view path);
     /// Copies the bytes of a file over another, which is made if needed.
     static void copy(std::wstring_view from, std::wstring_view to);
 
