@@ -16,8 +16,10 @@ public:
     explicit Context(uint64_t id) noexcept : m_id(id) {}
 
     uint64_t GetId() const noexcept { return m_id; }
-    /// Makes this the context of the calling thread and names it. Returns what stood before, for a later Attach.
+    /// Makes this the context of the calling thread and names it. Returns what stood before, for a later Restore.
     Context Attach(std::string_view name) const;
+    /// Makes this the context of the calling thread again, without an event.
+    void Restore() const;
     /// Ends the context for its consumers.
     void Close() const;
 

@@ -40,9 +40,9 @@ struct MetricsEvent {
     MetricsValue value{};
 };
 
-/// Receives events. Called on the emitting thread, from many threads at once: it must lock for itself, must not emit
-/// events while it holds that lock, and must not throw. It may see scopes of contexts whose creation it missed, as it
-/// may have been added later, and closes of scopes whose opening it missed.
+/// Receives events. Called on the emitting thread, from many threads at once: it must lock for itself, and must not
+/// throw, emit or call the manager, but for control events, which come without any lock held. It may see scopes of
+/// contexts whose creation it missed, as it may have been added later, and closes of scopes whose opening it missed.
 class MetricsConsumer : public RefCntObject {
 public:
     virtual void OnMetricsEvent(const MetricsEvent& event) noexcept = 0;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 #include "metrics/MetricsBitsUtils.h"
@@ -43,14 +44,13 @@ public:
 
 private:
     MetricsManager();
-    ~MetricsManager();
     void UpdateEffectiveBits();
 
     friend bool IsEnabled(uint64_t bits) noexcept;
     static std::atomic<uint64_t> s_effectiveBits;
 
     struct State;
-    State* m_state;  // lives as long as the process: threads may emit until its very end
+    std::unique_ptr<State> m_state;
 };
 
 inline bool IsEnabled(uint64_t bits) noexcept {

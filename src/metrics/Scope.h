@@ -7,8 +7,7 @@
 namespace qve::Metrics {
 
 /// The time between construction and destruction, under the name of the function:
-/// `Metrics::Scope scope("SimpleDatabase::DropTable");`. The name must outlive the scope; a literal does.
-/// When its bits are off it costs one relaxed load.
+/// `Metrics::Scope scope("SimpleDatabase::DropTable");`. When its bits are off it costs one relaxed load.
 class Scope {
 public:
     explicit Scope(const char* name, uint64_t bits = Bits::General) noexcept {
@@ -39,8 +38,7 @@ private:
     void Close() noexcept;
 
     uint64_t m_context = 0;
-    uint64_t m_bits;
-    const char* m_name;
+    uint64_t m_bits = 0;
 };
 
 }  // namespace qve::Metrics

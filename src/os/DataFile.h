@@ -61,6 +61,7 @@ private:
     bool m_temporary;
     bool m_ownFile;
     uint64_t m_size = 0;
+    uint64_t m_position = 0;  // of Write
     uint64_t m_id;
     std::atomic<bool> m_mapEntireFile;
 };

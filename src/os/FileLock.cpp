@@ -52,9 +52,13 @@ bool FileLock::Set(unsigned slot, short kind, bool wait) {
     return true;
 }
 
-void FileLock::Lock(unsigned slot, bool exclusive) { Set(slot, exclusive ? F_WRLCK : F_RDLCK, true); }
+void FileLock::Lock(unsigned slot, bool exclusive) {
+    Set(slot, exclusive ? F_WRLCK : F_RDLCK, true);
+}
 
-bool FileLock::TryLock(unsigned slot, bool exclusive) { return Set(slot, exclusive ? F_WRLCK : F_RDLCK, false); }
+bool FileLock::TryLock(unsigned slot, bool exclusive) {
+    return Set(slot, exclusive ? F_WRLCK : F_RDLCK, false);
+}
 
 void FileLock::Unlock(unsigned slot) noexcept {
     struct flock range = {};

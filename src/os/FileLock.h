@@ -7,16 +7,16 @@
 namespace qve {
 
 /// Advisory locks that hold between processes and between objects of one process, and a counter that all of them see.
-/// They lie in one small file: each lock is a numbered slot of it. A lock goes with its object, also when the process is
-/// killed. Two objects exclude each other also within a thread; the calls of one object do not, so threads that share one
-/// order them themselves.
+/// They lie in one small file: each lock is a numbered slot of it. A lock goes with its object, also when the process
+/// is killed. Two objects exclude each other also within a thread; the calls of one object do not, so threads that
+/// share one order them themselves.
 class FileLock {
 public:
     static constexpr unsigned slots = 16;
 
     FileLock() = default;
-    /// Opens the file; with `create`, makes it when it is missing. A file that may only be read takes shared locks only. When
-    /// it cannot be opened the object is closed.
+    /// Opens the file; with `create`, makes it when it is missing. A file that may only be read takes shared locks
+    /// only. When it cannot be opened the object is closed.
     FileLock(std::wstring_view path, bool create);
     ~FileLock();
     FileLock(FileLock&& other) noexcept;
@@ -25,7 +25,8 @@ public:
     bool IsOpen() const { return m_descriptor >= 0; }
     bool IsWritable() const { return m_writable; }
 
-    /// Waits for a slot. A lock that is held is changed to the new kind. Throws QVE_RuntimeError (status::FileLock_Lock).
+    /// Waits for a slot. A lock that is held is changed to the new kind. Throws QVE_RuntimeError
+    /// (status::FileLock_Lock).
     void Lock(unsigned slot, bool exclusive);
     /// False when another object holds the slot.
     bool TryLock(unsigned slot, bool exclusive);

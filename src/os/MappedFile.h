@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "os/DataFile.h"
 #include "system/RefCntPtr.h"
@@ -42,8 +44,15 @@ public:
     static std::atomic<bool> s_MemoryMapEntireFile;
     /// Keep a registry by address.
     static std::atomic<bool> s_trackingMappedFiles;
-    /// The mapping that holds an address; null when none does or the registry is off.
-    static RefCntPtr<MappedFile> GetMappedFileFromAddress(const void* address);
+    /// What the registry knows of a mapping.
+    struct Tracked {
+        std::wstring path;
+        uint64_t offset;
+        uint64_t limit;
+        uint64_t id;
+    };
+    /// The mapping that holds an address; nothing when none does, or when it was made with the registry off.
+    static std::optional<Tracked> GetMappedFileFromAddress(const void* address);
 
 private:
     RefCntPtr<DataFile> m_file;

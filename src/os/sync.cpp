@@ -12,9 +12,7 @@
 namespace qve {
 
 void OS::sync(std::wstring_view path) {
-    const auto fail = [&] {
-        PosixApi::Throw(errno, status::OS_sync, " - OS::sync(path=\"" + narrow(path) + "\")");
-    };
+    const auto fail = [&] { PosixApi::Throw(errno, status::OS_sync, " - OS::sync(path=\"" + narrow(path) + "\")"); };
     const int descriptor = ::open(Path::nativepath(path).c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) fail();
     // Some file systems know no fsync of directories and say EINVAL; there is nothing to wait for then.
