@@ -1,0 +1,30 @@
+#pragma once
+
+namespace qve::status {
+
+// 48017 to 48029 and 48033 are this folder's; the texts stand behind the numbers.
+inline constexpr int VQLColumnSpace_GetColumn = 48017;      // "no such column %1"
+inline constexpr int SimpleVQLTableSpace_GetTable = 48018;  // "no such table %1"
+inline constexpr int VQLTableSpace_BadIdentifier = 48019;   // "bad identifier (%1)"
+inline constexpr int DatabaseVQLTableSpace_Schema = 48020;  // "no such schema (%1)"
+inline constexpr int VQLTableSpaceFamily_GetTable = 48021;  // "no such database (%1)"
+inline constexpr int VQLCaseExpression_Arguments = 48024;   // "invalid number of case arguments"
+inline constexpr int VQLQuery_GetColumnSpace = 48025;       // "VQLQuery: columnspace not defined"
+inline constexpr int CreateFunctions_Insert = 48026;        // "return type cannot be null"
+inline constexpr int VQLQueryFormatter_VisitJoin = 48027;   // "unknown join type"
+inline constexpr int VQLFunctionTable_Resolve_Ambiguous = 48030;
+inline constexpr int VQLFunctionTable_ResolveCaseType = 48031;
+inline constexpr int VQLFunctionTable_Resolve_None = 48032;
+
+inline constexpr int VQLColumnMap_Map = 49007;
+inline constexpr int VQLColumnMap_Remap = 49008;
+inline constexpr int VQLExpressionChecker_Raise = 49009;
+inline constexpr int VQLExpressionParser_Raise = 49020;
+inline constexpr int VQLExpressionParser_Single = 49021;
+inline constexpr int VQLQueryChecker_RaiseExpression = 49035;  // a fault of an expression
+inline constexpr int VQLQueryChecker_RaiseQuery = 49036;       // a fault of a query
+inline constexpr int VQLQueryChecker_RaiseName = 49037;        // a fault that names something
+inline constexpr int VQLQueryParser_Raise = 49039;
+inline constexpr int VQLQueryParser_Single = 49040;
+
+}  // namespace qve::status
