@@ -1,0 +1,47 @@
+#include "system/QuilICUCollator.h"
+
+#include <unicode/ucol.h>
+
+namespace qve::QuilICU {
+
+std::unique_ptr<Collator> Collator::Open(const char* locale) {
+    UErrorCode error = U_ZERO_ERROR;
+    UCollator* collator = ucol_open(locale, &error);
+    if (U_FAILURE(error)) return nullptr;
+    return std::unique_ptr<Collator>(new Collator(collator));
+}
+
+Collator::~Collator() {
+    ucol_close(m_collator);
+}
+
+bool Collator::SetStrength(Strength strength) {
+    if (strength == Strength::locale) return true;
+    UErrorCode error = U_ZERO_ERROR;
+    ucol_setAttribute(m_collator, UCOL_STRENGTH, strength == Strength::primary ? UCOL_PRIMARY : UCOL_SECONDARY, &error);
+    return U_SUCCESS(error);
+}
+
+bool Collator::SetCaseLevel() {
+    UErrorCode error = U_ZERO_ERROR;
+    ucol_setAttribute(m_collator, UCOL_CASE_LEVEL, UCOL_ON, &error);
+    return U_SUCCESS(error);
+}
+
+int Collator::Compare(std::u16string_view left, std::u16string_view right) const {
+    return ucol_strcoll(m_collator, left.data(), static_cast<int32_t>(left.size()), right.data(),
+                        static_cast<int32_t>(right.size()));
+}
+
+size_t Collator::SortKey(std::u16string_view text, std::vector<unsigned char>& key) const {
+    const auto length = static_cast<int32_t>(text.size());
+    const auto capacity = [&key] { return static_cast<int32_t>(key.size()); };
+    int32_t needed = ucol_getSortKey(m_collator, text.data(), length, key.data(), capacity());
+    if (needed > capacity()) {
+        key.resize(static_cast<size_t>(needed));
+        needed = ucol_getSortKey(m_collator, text.data(), length, key.data(), capacity());
+    }
+    return needed > 0 ? static_cast<size_t>(needed - 1) : 0;
+}
+
+}  // namespace qve::QuilICU
