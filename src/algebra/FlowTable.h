@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -35,6 +36,7 @@ public:
     virtual RefCntPtr<Column> LookupColumn(const std::wstring& name) const;
 
     uint64_t GetStart() const override;
+    /// While the table is being built, the rows so far. Any thread may ask.
     uint64_t GetCount() const override;
     uint64_t Build(unsigned pageSize) override;
 
@@ -42,14 +44,12 @@ public:
     uint64_t GetEncodings() const { return m_encodings; }
 
 private:
-    class Writer;
-
     void DescribeExecution() const;
 
     const RefCntPtr<DataFlow> m_source;
     const uint64_t m_encodings;
     mutable ColumnMap m_columns;
-    uint64_t m_count = 0;
+    std::atomic<uint64_t> m_count{0};  // progress is asked for by other threads
     bool m_built = false;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "algebra/Table.h"
@@ -14,10 +15,10 @@ class DatabaseSchema;
 /// table has the reserved column ".RANK", the row number.
 class LeafTable : public Table {
 public:
-    /// The table `name` of `schema`, which `database` owns and is held for, with the columns `names`.
-    LeafTable(RefCntPtr<Database> database, DatabaseSchema& schema, std::wstring name, const ColumnNames& names);
-    /// The same with all columns of the table.
-    LeafTable(RefCntPtr<Database> database, DatabaseSchema& schema, std::wstring name);
+    /// The columns `names` of the table `name`. The schema is its database's own handle; the database is held.
+    LeafTable(DatabaseSchema& schema, std::wstring name, const ColumnNames& names);
+    /// All columns of the table.
+    LeafTable(DatabaseSchema& schema, std::wstring name);
     /// A table that stands in no catalog: complete columns under their names.
     LeafTable(std::wstring name, ColumnMap columns);
     ~LeafTable() override;
@@ -32,19 +33,21 @@ public:
     RefCntPtr<Column> DescribeColumn(const std::wstring& name) const override;
 
     uint64_t GetStart() const override;
+    /// 0 before Build. Any thread may ask.
     uint64_t GetCount() const override;
     /// Takes the count of the first column; a table without columns has no rows.
     uint64_t Build(unsigned pageSize) override;
 
     const std::wstring& GetName() const { return m_name; }
     /// Null for a table that stands in no catalog.
-    const DatabaseSchema* GetSchema() const { return m_schema; }
-    const RefCntPtr<Database>& GetDatabase() const { return m_database; }
+    DatabaseSchema* GetSchema() const { return m_schema; }
 
     /// The properties of a ".RANK" column.
     static usrprops RankProperies();
 
 private:
+    uint64_t CountRows() const;
+
     static constexpr uint64_t unset = ~uint64_t{0};
 
     const RefCntPtr<Database> m_database;
@@ -53,7 +56,8 @@ private:
     mutable ColumnMap m_columns;
     mutable RefCntPtr<Column> m_rank;
     const uint64_t m_start = 0;
-    uint64_t m_count = unset;
+    // Progress is asked for by other threads.
+    mutable std::atomic<uint64_t> m_count{unset};
 };
 
 }  // namespace qve

@@ -14,9 +14,6 @@ public:
     void Accept(OperatorVisitor& visitor) override;
     /// Takes over the selection of the source and reports `pageSize` as the extent.
     unsigned Next(unsigned pageSize) override;
-    /// The source's own column, which holds the page.
-    RefCntPtr<Column> LoadColumn(const std::wstring& name) const override;
-    RefCntPtr<Column> LookupColumn(const std::wstring& name) const override;
 };
 
 }  // namespace qve

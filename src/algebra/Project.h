@@ -24,9 +24,17 @@ public:
     const std::vector<RefCntPtr<Exp>>& GetExpressions() const { return m_expressions; }
 
 private:
-    Exp* Find(const std::wstring& name) const;
+    /// An expression with one value for all rows, as a column that has it in each row.
+    struct Spread {
+        RefCntPtr<Exp> expression;
+        RefCntPtr<Column> column;
+    };
+
+    RefCntPtr<Exp> Find(const std::wstring& name) const;
+    void FillSpread(Spread& spread) const;
 
     const std::vector<RefCntPtr<Exp>> m_expressions;
+    mutable std::vector<Spread> m_spreads;
     bool m_allocated = false;
 };
 

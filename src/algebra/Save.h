@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "algebra/DelegatedTable.h"
 
@@ -20,6 +21,8 @@ public:
     void ReleaseDelegate();
 
 private:
+    std::vector<RefCntPtr<Column>> ColumnsInOrder() const;
+
     const RefCntPtr<Database> m_database;
     const std::wstring m_schema;
     const std::wstring m_table;

@@ -23,8 +23,10 @@ public:
     void Accept(OperatorVisitor& visitor) override;
     /// A predicate that is constant and not true ends the flow at once, without pulling the source.
     unsigned Next(unsigned pageSize) override;
+    void ResetCursor() override;
+    /// The source's column, without "dense", which a selection breaks.
     RefCntPtr<Column> LoadColumn(const std::wstring& name) const override;
-    /// The source's description without "dense", which a selection breaks.
+    /// The source's description without "dense".
     RefCntPtr<Column> LookupColumn(const std::wstring& name) const override;
 
     const RefCntPtr<Exp>& GetPredicate() const { return m_predicate; }
@@ -33,6 +35,11 @@ public:
     uint64_t GetPassed() const { return m_passed.load(std::memory_order_relaxed); }
 
 private:
+    struct Undense {
+        RefCntPtr<Column> source;
+        RefCntPtr<Column> shown;
+    };
+
     void Bind();
 
     const RefCntPtr<Exp> m_predicate;
@@ -41,6 +48,7 @@ private:
     bool m_isBound = false;
     unsigned m_constantResult = 1;
     std::vector<unsigned> m_passing;
+    mutable std::vector<Undense> m_undense;
     std::atomic<uint64_t> m_passed{0};
 };
 

@@ -1,0 +1,103 @@
+#include "algebra/ColumnWriter.h"
+
+#include "primitives/column_kernels.h"
+#include "storage/stream/TempFileDataStream.h"
+
+namespace qve {
+
+namespace {
+
+usrprops TargetProperties(const Column& source) {
+    usrprops properties = source.GetProperties();
+    properties.erase(usrpropkey::storagetype);
+    properties.erase(usrpropkey::encoding);
+    return properties;
+}
+
+}  // namespace
+
+ColumnWriter::ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings)
+    : m_source(std::move(source)), m_target(std::move(target)), m_encodings(encodings) {}
+
+ColumnWriter::~ColumnWriter() = default;
+
+RefCntPtr<Column> ColumnWriter::MakeTarget(const Column& source) {
+    RefCntPtr<DataStream> dictionary = source.GetDict();
+    if (!dictionary && source.IsCompressed()) dictionary = MakeRef<TempFileDataStream>();
+    return MakeRef<Column>(TargetProperties(source), MakeRef<TempFileDataStream>(), dictionary);
+}
+
+// Only now the source's streams and the width of its tokens are sure.
+void ColumnWriter::AdoptFirstPage() {
+    if (m_source->IsCompressed()) {
+        if (m_target->GetDict() != m_source->GetDict()) m_target->SetDict(m_source->GetDict());
+        if (m_target->GetTokenSize() != m_source->GetTokenSize()) {
+            m_target->SetProperty(usrpropkey::storagewidth, std::to_wstring(m_source->GetTokenSize()));
+        }
+    }
+    m_factory = EncodingFactory::CreateFactory(m_encodings, *m_target);
+    m_stream = m_target->GetData();
+}
+
+void ColumnWriter::UseOwnDictionary() {
+    const auto old = MakeRef<Column>(m_target->GetProperties(), m_stream, m_target->GetDict());
+    m_target->ClearProperty(usrpropkey::storagewidth);
+    m_target->SetDict(MakeRef<TempFileDataStream>());
+    m_target->SetData(MakeRef<TempFileDataStream>());
+    for (uint64_t row = 0, rows = old->GetCount(); row < rows;) {
+        const auto count = static_cast<unsigned>(std::min<uint64_t>({old->Seek(row, 65536), rows - row, 65536}));
+        m_target->Append(count, old->GetInput(0), nullptr, false);
+        row += count;
+    }
+    m_stream = m_target->GetData();
+    m_factory = EncodingFactory::CreateFactory(m_encodings, *m_target);
+    m_translated = MakeRef<Column>(m_target->GetProperties(), MakeRef<TempFileDataStream>(), m_target->GetDict());
+    m_ownDictionary = true;
+}
+
+void ColumnWriter::BeginPage(unsigned, unsigned count, const unsigned* selection) {
+    if (!m_factory) AdoptFirstPage();
+    if (!m_source->IsCompressed()) return;
+    if (!m_ownDictionary &&
+        (m_source->GetDict() != m_target->GetDict() || m_source->GetTokenSize() != m_target->GetTokenSize())) {
+        UseOwnDictionary();
+    }
+    if (m_ownDictionary) TranslatePage(count, selection);
+}
+
+void ColumnWriter::TranslatePage(unsigned count, const unsigned* selection) {
+    if (m_translated->GetCount() < count) m_translated->Extend(count - m_translated->GetCount());
+    m_translated->Seek(0, count);
+    const usrtype* type = m_target->GetType();
+    const input_column tokens = m_source->GetInput(0);
+    const output_column out = m_translated->GetOutput(0);
+    usratom value;
+    for (unsigned i = 0; i < count; ++i) {
+        type->get(tokens, selection ? selection[i] : i, value);
+        type->put(out, i, value);
+    }
+}
+
+void ColumnWriter::WritePage(unsigned count, const unsigned* selection) {
+    const input_column page = m_ownDictionary ? m_translated->GetInput(0) : m_source->GetInput(0);
+    const void* cells = page.data;
+    if (selection && !m_ownDictionary) {
+        m_gathered.resize(count * page.width);
+        unsigned char flags = 0;
+        const input_column index{selection, nullptr, sizeof(unsigned), count, column_flags::not_null};
+        const output_column out{m_gathered.data(), nullptr, page.width, count, &flags};
+        map_fetch_ulng_col_type_col(page.width)(count, out, index, page, nullptr);
+        cells = m_gathered.data();
+    }
+    m_stream = m_factory->AppendStream(m_stream, cells, count * page.width);
+}
+
+void ColumnWriter::Finish() {
+    if (!m_factory) return;
+    m_stream = m_factory->FinaliseStream(m_stream);
+    m_target->SetData(m_stream);
+    m_factory->ExtractMetadata(m_target);
+    if (m_ownDictionary) m_target->UpdateAcceleratorProperties();
+}
+
+}  // namespace qve

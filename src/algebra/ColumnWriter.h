@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "storage/Column.h"
+#include "storage/EncodingFactory.h"
+
+namespace qve {
+
+/// Appends the pages of a flow's column to a temporary column, encoded as the values suggest. Tokens are copied as they
+/// are while the pages refer to one dictionary, which the two columns then share; when a page comes with another one,
+/// the target gets a dictionary of its own.
+class ColumnWriter {
+public:
+    /// `encodings` is a mask of EncodingFactory. `target` is empty and of MakeTarget.
+    ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings);
+    ~ColumnWriter();
+
+    /// An empty column with the properties of `source` on temporary streams.
+    static RefCntPtr<Column> MakeTarget(const Column& source);
+
+    /// Does what must not run beside other columns, which may share a dictionary with this one. `count` rows of the
+    /// page of `extent` are selected, by `selection` or all.
+    void BeginPage(unsigned extent, unsigned count, const unsigned* selection);
+    /// Appends the page. Different writers may do so at once.
+    void WritePage(unsigned count, const unsigned* selection);
+    /// Puts the data into the target. Different writers may do so at once.
+    void Finish();
+
+private:
+    void AdoptFirstPage();
+    void UseOwnDictionary();
+    void TranslatePage(unsigned count, const unsigned* selection);
+
+    const RefCntPtr<Column> m_source;
+    const RefCntPtr<Column> m_target;
+    const uint64_t m_encodings;
+    std::unique_ptr<EncodingFactory> m_factory;  // made with the first page
+    RefCntPtr<DataStream> m_stream;
+    RefCntPtr<Column> m_translated;  // the page in tokens of the own dictionary
+    std::vector<char> m_gathered;    // the selected cells of a page
+    bool m_ownDictionary = false;
+};
+
+}  // namespace qve
