@@ -28,14 +28,6 @@ namespace {
 
 const std::wstring anonymous;
 
-const wchar_t* KlassOf(VQLExpressionCompiler::ContextType context) {
-    switch (context) {
-        case VQLExpressionCompiler::ContextType::select: return primitive::klassSelect;
-        case VQLExpressionCompiler::ContextType::map: break;
-    }
-    return primitive::klassMap;
-}
-
 bool IsArrayCompressed(const Column& column) {
     return column.GetProperties().text(usrpropkey::compression) == L"array";
 }
@@ -52,42 +44,56 @@ RefCntPtr<Column> Describe(usrprops properties, bool single) {
 
 RefCntPtr<Exp> MakeMap(const std::wstring& op, const Exp::Arguments& a) {
     switch (a.size()) {
-        case 0: return MakeRef<MapNullaryExp>(anonymous, op);
-        case 1: return MakeRef<MapUnaryExp>(anonymous, op, a[0]);
-        case 2: return MakeRef<MapBinaryExp>(anonymous, op, a[0], a[1]);
-        case 3: return MakeRef<MapTrinaryExp>(anonymous, op, a[0], a[1], a[2]);
-        default: return nullptr;
+        case 0:
+            return MakeRef<MapNullaryExp>(anonymous, op);
+        case 1:
+            return MakeRef<MapUnaryExp>(anonymous, op, a[0]);
+        case 2:
+            return MakeRef<MapBinaryExp>(anonymous, op, a[0], a[1]);
+        case 3:
+            return MakeRef<MapTrinaryExp>(anonymous, op, a[0], a[1], a[2]);
+        default:
+            return nullptr;
     }
 }
 
 RefCntPtr<Exp> MakeSelect(const std::wstring& op, const Exp::Arguments& a) {
     switch (a.size()) {
-        case 1: return MakeRef<SelectUnaryExp>(op, a[0]);
-        case 2: return MakeRef<SelectBinaryExp>(op, a[0], a[1]);
-        case 3: return MakeRef<SelectTrinaryExp>(op, a[0], a[1], a[2]);
-        default: return nullptr;
+        case 1:
+            return MakeRef<SelectUnaryExp>(op, a[0]);
+        case 2:
+            return MakeRef<SelectBinaryExp>(op, a[0], a[1]);
+        case 3:
+            return MakeRef<SelectTrinaryExp>(op, a[0], a[1], a[2]);
+        default:
+            return nullptr;
     }
 }
 
 RefCntPtr<Exp> MakeAggregate(const std::wstring& op, const Exp::Arguments& a) {
     switch (a.size()) {
-        case 0: return MakeRef<AggrUnaryExp>(anonymous, op);
-        case 1: return MakeRef<AggrBinaryExp>(anonymous, op, a[0]);
-        case 2: return MakeRef<AggrTrinaryExp>(anonymous, op, a[0], a[1]);
-        default: return nullptr;
+        case 0:
+            return MakeRef<AggrUnaryExp>(anonymous, op);
+        case 1:
+            return MakeRef<AggrBinaryExp>(anonymous, op, a[0]);
+        case 2:
+            return MakeRef<AggrTrinaryExp>(anonymous, op, a[0], a[1]);
+        default:
+            return nullptr;
     }
 }
 
-// The conversions to try, each tried after the one before has found no kernel. All keep the value.
-struct Conversion {
-    const usrtype* (*target)(const usrtype& from);
-};
+// A conversion to try on each operand: the type to convert to, or null to leave it. All keep the value.
+using Conversion = const usrtype* (*)(const usrtype& from);
 
 const usrtype* Widest(const usrtype& from) {
     switch (from.GetDataType()) {
-        case DataType::integer: return builtin::usrtypeof<long long>();
-        case DataType::real: return builtin::usrtypeof<double>();
-        default: return nullptr;
+        case DataType::integer:
+            return builtin::usrtypeof<long long>();
+        case DataType::real:
+            return builtin::usrtypeof<double>();
+        default:
+            return nullptr;
     }
 }
 const usrtype* DateToDatetime(const usrtype& from) {
@@ -102,7 +108,24 @@ const usrtype* NumberToDoubleDateToDatetime(const usrtype& from) {
     return number ? number : DateToDatetime(from);
 }
 
-constexpr Conversion conversions[] = {{Widest}, {DateToDatetime}, {NumberToDouble}, {NumberToDoubleDateToDatetime}};
+// Each is tried after the one before has found no kernel.
+constexpr Conversion conversions[] = {Widest, DateToDatetime, NumberToDouble, NumberToDoubleDateToDatetime};
+
+primitive* FindKernel(const wchar_t* klass, const std::wstring& op, primitive::argument_list types) {
+    const bool aggregate = std::wstring_view(klass) == primitive::klassAggregate;
+    if (aggregate) types.emplace_back(L"ulng", primitive::storageCol);
+    for (primitive* candidate : primitive::resolve(op, types)) {
+        if (candidate->klass() == klass) return candidate;
+    }
+    return nullptr;
+}
+
+template <class Operands>
+primitive* FindKernel(const wchar_t* klass, const std::wstring& op, const Operands& operands) {
+    primitive::argument_list types;
+    for (const auto& operand : operands) types.emplace_back(operand.Type(), operand.description->GetStorageName());
+    return FindKernel(klass, op, std::move(types));
+}
 
 bool IsComparison(const std::wstring& op) {
     return op == L"eq" || op == L"ne" || op == L"lt" || op == L"le" || op == L"gt" || op == L"ge" ||
@@ -117,7 +140,9 @@ std::wstring VQLExpressionCompiler::Compiled::Type() const {
     return description->GetPrimitiveType(usrpropkey::empty);
 }
 
-bool VQLExpressionCompiler::Compiled::IsConstant() const { return dynamic_cast<ConstantExp*>(exp.get()) != nullptr; }
+bool VQLExpressionCompiler::Compiled::IsConstant() const {
+    return dynamic_cast<ConstantExp*>(exp.get()) != nullptr;
+}
 
 VQLExpressionCompiler::VQLExpressionCompiler(ContextType context, const Namespace& source)
     : m_source(source), m_context(context) {}
@@ -195,35 +220,15 @@ VQLExpressionCompiler::Compiled VQLExpressionCompiler::MakeCast(const Compiled& 
             Describe(type->properties(), single)};
 }
 
-namespace {
-
-primitive* FindKernel(const wchar_t* klass, const std::wstring& op, primitive::argument_list types) {
-    const bool aggregate = std::wstring_view(klass) == primitive::klassAggregate;
-    if (aggregate) types.emplace_back(L"ulng", primitive::storageCol);
-    for (primitive* candidate : primitive::resolve(op, types)) {
-        if (candidate->klass() == klass) return candidate;
-    }
-    return nullptr;
-}
-
-template <class Operands>
-primitive* FindKernel(const wchar_t* klass, const std::wstring& op, const Operands& operands) {
-    primitive::argument_list types;
-    for (const auto& operand : operands) types.emplace_back(operand.Type(), operand.description->GetStorageName());
-    return FindKernel(klass, op, std::move(types));
-}
-
-}  // namespace
-
 VQLExpressionCompiler::Operands VQLExpressionCompiler::Convert(const VQLFuncallExpression& call, const wchar_t* klass,
                                                                Operands operands) const {
     const std::wstring& op = call.GetPrimitiveOp();
     if (FindKernel(klass, op, operands)) return operands;
-    for (const Conversion& conversion : conversions) {
+    for (const Conversion conversion : conversions) {
         Operands converted = operands;
         for (Compiled& operand : converted) {
             const usrtype* from = operand.description->GetType();
-            const usrtype* target = conversion.target(*from);
+            const usrtype* target = conversion(*from);
             if (target && target != from) operand = MakeCast(operand, target->properties());
         }
         if (FindKernel(klass, op, converted)) return converted;
@@ -335,7 +340,9 @@ void VQLExpressionCompiler::VisitFuncall(VQLFuncallExpression& expression) {
     if (IsComparison(op)) NarrowLiteral(operands);
     const bool aggregates =
         context == ContextType::aggregate && expression.GetExpressionType() == VQLExpressionType::aggregate;
-    const wchar_t* klass = aggregates ? primitive::klassAggregate : KlassOf(context);
+    const wchar_t* klass = aggregates                       ? primitive::klassAggregate
+                           : context == ContextType::select ? primitive::klassSelect
+                                                            : primitive::klassMap;
     bool constant = !operands.empty() && !aggregates;
     for (const Compiled& operand : operands) constant &= operand.IsConstant();
     if (constant) klass = primitive::klassMap;
@@ -372,10 +379,10 @@ void VQLExpressionCompiler::VisitCase(VQLCaseExpression& expression) {
     for (size_t i = 0; i < operands.size(); ++i) {
         const Compiled& operand = operands[i];
         if (IsArrayCompressed(*operand.description)) {
-            throw VQLParseException(status::VQLExpressionCompiler_Call,
-                                    L"case references an array compressed column (" + operand.description->GetName() +
-                                        L")",
-                                    expression.GetPosition());
+            throw VQLParseException(
+                status::VQLExpressionCompiler_Call,
+                L"case references an array compressed column (" + operand.description->GetName() + L")",
+                expression.GetPosition());
         }
         parts.push_back(operand.exp);
         constant &= operand.IsConstant();
