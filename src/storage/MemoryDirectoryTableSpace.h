@@ -20,6 +20,7 @@ public:
 
     /// Without a path this makes a temporary directory on disk.
     const std::wstring& root() const override;
+    /// Throws QVE_InvalidArgument (status::MemoryDirectoryTableSpace_mkdir) when the path exists.
     void mkdir(const std::wstring& path) override;
     std::vector<std::wstring> listdir(const std::wstring& path) const override;
     void rmdir(const std::wstring& path) override;
@@ -44,6 +45,7 @@ private:
     std::map<std::wstring, RefCntPtr<DataStream>> m_entries;  // by normalised path; null for a directory
     std::multimap<std::wstring, std::wstring> m_directories;  // directory to the names in it
     mutable bool m_rootExists;
+    mutable bool m_rootOnDisk = false;  // root() made the directory
 };
 
 }  // namespace qve

@@ -30,6 +30,7 @@ inline constexpr int MaterialisedTableSpace_rename = 40252;
 inline constexpr int MaterialisedTableSpace_rmdir = 40253;
 inline constexpr int MaterialisedTableSpace_root = 40254;
 inline constexpr int MaterialisedTableSpace_unlink = 40255;
+inline constexpr int MemoryDirectoryTableSpace_mkdir = 40697;
 inline constexpr int MemoryDirectoryTableSpace_create = 40698;
 inline constexpr int MemoryDirectoryTableSpace_open = 40699;
 
@@ -51,6 +52,7 @@ inline constexpr int SimpleDatabase_InsertColumn = 40457;
 inline constexpr int SimpleDatabase_RemoveTableSpace = 40458;
 inline constexpr int SimpleDatabase_SelectColumnProperties = 40459;
 inline constexpr int SimpleDatabase_SelectMetadataName = 40460;
+inline constexpr int SimpleDatabase_InsertMetadata = 40461;
 inline constexpr int SimpleDatabase_UpdateColumnProperties = 40462;
 inline constexpr int SimpleDatabase_GetSchema = 40463;
 inline constexpr int SimpleDatabase_SelectTable = 40464;
@@ -63,6 +65,7 @@ inline constexpr int SimpleDatabase_packages = 40470;
 inline constexpr int SimpleDatabase_system = 40471;
 inline constexpr int SimpleDatabase_CreateTable_name = 40472;
 inline constexpr int ReadPropertyFile = 40473;
+inline constexpr int CatalogJournal_path = 40475;
 inline constexpr int DatabaseLock = 40474;
 inline constexpr int DatabaseSchema_GetTable = 40444;
 

@@ -1,0 +1,114 @@
+#include "storage/DirectoryTableSpace.h"
+
+#include "os/OS.h"
+#include "os/Path.h"
+#include "storage/status.h"
+#include "storage/stream/FileDataStream.h"
+#include "system/QuillonException.h"
+
+namespace qve {
+
+DirectoryTableSpace::DirectoryTableSpace() = default;
+
+DirectoryTableSpace::DirectoryTableSpace(const std::wstring& path) : m_root(path) {}
+
+const std::wstring& DirectoryTableSpace::root() const {
+    if (m_root.empty()) m_root = OS::mkdtemp();
+    return m_root;
+}
+
+std::wstring DirectoryTableSpace::Resolve(const std::wstring& path) const {
+    return Path::join(root(), path);
+}
+
+void DirectoryTableSpace::Touched(const std::wstring& path) {
+    m_changed.insert(Path::split(path).first);
+}
+
+void DirectoryTableSpace::mkdir(const std::wstring& path) {
+    OS::mkdir(Resolve(path), false);
+    if (!path.empty()) Touched(path);
+}
+
+std::vector<std::wstring> DirectoryTableSpace::listdir(const std::wstring& path) const {
+    return OS::listdir(Resolve(path));
+}
+
+void DirectoryTableSpace::rmdir(const std::wstring& path) {
+    if (m_root.empty() && path.empty()) return;
+    const std::wstring below = path.empty() ? path : path + L"/";
+    std::erase_if(m_files, [&](const auto& file) { return file.first.compare(0, below.size(), below) == 0; });
+    std::erase_if(m_changed, [&](const auto& directory) {
+        return directory == path || directory.compare(0, below.size(), below) == 0;
+    });
+    OS::rmdir(Resolve(path), true);
+    if (!path.empty()) Touched(path);
+}
+
+void DirectoryTableSpace::create(const std::wstring& path) {
+    const std::wstring file = Resolve(path);
+    if (Path::exists(file)) {
+        throw QVE_InvalidArgument(status::DirectoryTableSpace_create, "DirectoryTableSpace::create");
+    }
+    OS::touch(file);
+    Touched(path);
+}
+
+void DirectoryTableSpace::rename(const std::wstring& from, const std::wstring& to) {
+    m_files.erase(from);
+    m_files.erase(to);
+    OS::rename(Resolve(from), Resolve(to));
+    Touched(from);
+    Touched(to);
+}
+
+void DirectoryTableSpace::unlink(const std::wstring& path) {
+    m_files.erase(path);
+    OS::unlink(Resolve(path));
+    Touched(path);
+}
+
+bool DirectoryTableSpace::exists(const std::wstring& path) const {
+    return Path::exists(Resolve(path));
+}
+
+bool DirectoryTableSpace::isfile(const std::wstring& path) const {
+    return Path::isfile(Resolve(path));
+}
+
+bool DirectoryTableSpace::isdir(const std::wstring& path) const {
+    return Path::isdir(Resolve(path));
+}
+
+RefCntPtr<DataStream> DirectoryTableSpace::open(const std::wstring& path, bool writable) {
+    const auto known = m_files.find(path);
+    if (known != m_files.end() && known->second->IsWritable() == writable) {
+        return FileDataStream::OpenStream(known->second, 0, known->second->GetSize());
+    }
+    if (known != m_files.end()) close(path);
+    auto file = MakeRef<DataFile>(Resolve(path), writable);
+    auto stream = FileDataStream::OpenStream(file, 0, file->GetSize());
+    m_files[path] = std::move(file);
+    return stream;
+}
+
+void DirectoryTableSpace::close(const std::wstring& path) {
+    const auto known = m_files.find(path);
+    if (known == m_files.end()) return;
+    const bool written = known->second->IsWritable();
+    // Closing a file cuts off the room behind its contents, which has to reach the disk too.
+    m_files.erase(known);
+    if (written) OS::sync(Resolve(path));
+}
+
+void DirectoryTableSpace::closeall() {
+    while (!m_files.empty()) close(std::wstring(m_files.begin()->first));
+    // A directory may have gone since with its parent; there is nothing to keep of it then.
+    for (const std::wstring& directory : m_changed) {
+        const std::wstring path = Resolve(directory);
+        if (Path::isdir(path)) OS::sync(path);
+    }
+    m_changed.clear();
+}
+
+}  // namespace qve
