@@ -71,6 +71,10 @@ void DataFile::Open() {
 
 void DataFile::Close() {
     if (!m_file) return;
+    if (m_writable && m_capacity > m_size) {
+        // Should this fail, the file keeps its room: longer than its contents, but whole.
+        if (::fflush(m_file) == 0 && ::ftruncate(GetDescriptor(), static_cast<off_t>(m_size)) == 0) m_capacity = m_size;
+    }
     // What a write could not bring to the disk was reported by Flush; nobody listens here.
     if (m_ownFile) ::fclose(m_file);
     m_file = nullptr;
@@ -82,28 +86,29 @@ uint64_t DataFile::UpdateSize() {
     struct stat status;
     if (::fstat(GetDescriptor(), &status) != 0) PosixApi::Throw(errno, status::DataFile_Size, where("Size", m_path));
     if (S_ISDIR(status.st_mode)) PosixApi::Throw(EISDIR, status::DataFile_Open, where("Open", m_path));
-    return m_size = static_cast<uint64_t>(status.st_size);
+    return m_capacity = m_size = static_cast<uint64_t>(status.st_size);
 }
 
-void DataFile::Resize(uint64_t size) {
-    const int descriptor = GetDescriptor();
-    const uint64_t old = UpdateSize();
-    if (size > static_cast<uint64_t>(INT64_MAX))
+void DataFile::Resize(uint64_t size, uint64_t capacity) {
+    capacity = std::max(size, capacity);
+    if (capacity > static_cast<uint64_t>(INT64_MAX))
         PosixApi::Throw(EFBIG, status::DataFile_Resize, where("Resize", m_path));
+    if (m_position > 0) Flush();
+    const int descriptor = GetDescriptor();
     int error = 0;
-    if (size > old) {
+    if (capacity > m_capacity) {
+        const off_t old = static_cast<off_t>(m_capacity);
         do {
-            error = ::posix_fallocate(descriptor, static_cast<off_t>(old), static_cast<off_t>(size - old));
+            error = ::posix_fallocate(descriptor, old, static_cast<off_t>(capacity) - old);
         } while (error == EINTR);
-    } else if (::ftruncate(descriptor, static_cast<off_t>(size)) != 0) {
+        // A reservation that failed half-way leaves a longer file behind.
+        if (error != 0 && ::ftruncate(descriptor, old) != 0) error = errno;
+    } else if (capacity < m_capacity && ::ftruncate(descriptor, static_cast<off_t>(capacity)) != 0) {
         error = errno;
     }
-    if (error != 0) {
-        // A reservation that failed half-way leaves a longer file behind.
-        if (size > old && ::ftruncate(descriptor, static_cast<off_t>(old)) != 0) UpdateSize();
-        PosixApi::Throw(error, status::DataFile_Resize, where("Resize", m_path));
-    }
+    if (error != 0) PosixApi::Throw(error, status::DataFile_Resize, where("Resize", m_path));
     m_size = size;
+    m_capacity = capacity;
 }
 
 void DataFile::Write(const void* bytes, size_t count) {
@@ -112,6 +117,21 @@ void DataFile::Write(const void* bytes, size_t count) {
         PosixApi::Throw(errno, status::DataFile_Write, where("Write", m_path));
     m_position += count;
     m_size = std::max(m_size, m_position);
+    m_capacity = std::max(m_size, m_capacity);
+}
+
+void DataFile::WriteAt(uint64_t position, const void* bytes, size_t count) {
+    const char* from = static_cast<const char*>(bytes);
+    while (count > 0) {
+        const ssize_t done = ::pwrite(GetDescriptor(), from, count, static_cast<off_t>(position));
+        if (done < 0 && errno == EINTR) continue;
+        if (done < 0) PosixApi::Throw(errno, status::DataFile_Write, where("WriteAt", m_path));
+        from += done;
+        position += static_cast<uint64_t>(done);
+        count -= static_cast<size_t>(done);
+    }
+    m_size = std::max(m_size, position);
+    m_capacity = std::max(m_size, m_capacity);
 }
 
 void DataFile::Flush() {

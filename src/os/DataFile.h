@@ -34,16 +34,22 @@ public:
     /// Closes the file, and removes it when it is temporary. Mappings live on.
     void Close();
 
-    /// The length in bytes as it was at the opening, the last Resize or the last Write.
+    /// The length of the contents in bytes, as it was at the opening or as Resize and Write left it. Room that is
+    /// reserved behind the contents does not count.
     uint64_t GetSize() const { return m_size; }
-    /// The length as the system says it now; updates GetSize.
+    /// Takes the length of the contents from the system, and drops the notion of room behind them.
     uint64_t UpdateSize();
-    /// Sets the length. Growing reserves the blocks first, so that a write into a mapping cannot run out of disk:
-    /// a full disk is status 100 here.
-    void Resize(uint64_t size);
+    /// Sets the length of the contents, with room for growth on disk up to `capacity` bytes; less than `size` means
+    /// none. Growing reserves the blocks first, so that a write into a mapping cannot run out of disk: a full disk is
+    /// status 100 here. Closing the file gives the room back.
+    void Resize(uint64_t size, uint64_t capacity = 0);
+    /// The length on disk, with the room.
+    uint64_t GetCapacity() const { return m_capacity; }
     /// Appends at the position of the file, which begins at 0.
     void Write(const void* bytes, size_t count);
     void Flush();
+    /// Overwrites `count` bytes from `position`. Mappings of the file see them.
+    void WriteAt(uint64_t position, const void* bytes, size_t count);
     /// Reads exactly `count` bytes from `position`; throws when the file ends before.
     void Read(uint64_t position, void* bytes, size_t count) const;
     /// Moves the file; it is no longer temporary then.
@@ -61,6 +67,7 @@ private:
     bool m_temporary;
     bool m_ownFile;
     uint64_t m_size = 0;
+    uint64_t m_capacity = 0;
     uint64_t m_position = 0;  // of Write
     uint64_t m_id;
     std::atomic<bool> m_mapEntireFile;

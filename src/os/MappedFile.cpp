@@ -82,6 +82,10 @@ MappedFile::~MappedFile() {
     ::munmap(m_address, m_mappedLimit);
 }
 
+bool MappedFile::IsShortage(const QVE_RuntimeError& fault) {
+    return fault.GetStatus() != status::MappedFile_Size;
+}
+
 uint64_t MappedFile::Alignment() {
     static const uint64_t alignment = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
     return alignment;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "os/DataFile.h"
+#include "system/QuillonException.h"
 #include "system/RefCntPtr.h"
 
 namespace qve {
@@ -32,6 +33,8 @@ public:
     uint64_t GetId() const { return m_id; }
     const RefCntPtr<DataFile>& GetFile() const { return m_file; }
 
+    /// True for a failure that a smaller mapping may not meet: the system had no room, and not the file was too short.
+    static bool IsShortage(const QVE_RuntimeError& fault);
     /// The unit of mapping in bytes: the page size of the system.
     static uint64_t Alignment();
     /// Bytes of memory that the process may still take without swapping: what the machine has free or can free, and

@@ -10,8 +10,8 @@
 
 namespace qve {
 
-/// One message, put together by `<<` and queued by the destructor: `LogEntry() << "pid=" << OS::getpid();`.
-/// Nothing is built when the logger drops it. Narrow text is UTF-8.
+/// One message, put together by `<<` and queued by the destructor, which throws nothing: `LogEntry() << "pid=" <<
+/// OS::getpid();`. Nothing is built when the logger drops it. Narrow text is UTF-8.
 class LogEntry {
 public:
     LogEntry();

@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "os/Timer.h"
 #include "telemetry/Logger.h"
@@ -29,9 +30,9 @@ public:
 
     /// Stamps and names of files are in UTC, else in local time. Written at start-up.
     static std::atomic<bool> s_utc;
-    /// Lines that may wait for the disk. Beyond them lines are dropped and counted, and the count is logged once there
-    /// is room: a stalled disk must not take all memory.
-    static constexpr long MaximalQueueLength = 1 << 18;
+    /// Bytes of text that may wait for the disk. Beyond them lines are dropped and counted, and the count is logged
+    /// once there is room again: a stalled disk must not take all memory.
+    static constexpr size_t MaximalQueueBytes = size_t{64} << 20;
 
 protected:
     /// A logger without a file of its own; `output` outlives it.
@@ -42,15 +43,15 @@ private:
 
     void QueueLines(std::string_view text);
     bool Open(const std::wstring& path);
-    bool OpenUniqueName(const std::wstring& path);
-    bool OpenMaybeTruncate(const std::wstring& path);
+    bool OpenUniqueName(const std::wstring& path, bool exclusive);
+    bool OpenMaybeTruncate(const std::wstring& path, bool exclusive);
     void RotateCheck();
+    void WriteStamped(std::string_view text);
     void WriteLine(std::string_view line);
-    void WriteDropped();
 
-    std::unique_ptr<std::ostream> m_file;
-    std::mutex m_outputMutex;  // Run against Flush
+    std::unique_ptr<std::ostream> m_file;  // null when the output belongs to another
     std::ostream* m_output;
+    std::mutex m_outputMutex;  // Flush may be called while the logging thread writes
     std::unique_ptr<Queue> m_queue;
     Timer m_rotationTimer;
     unsigned m_rotateInterval = 0;

@@ -109,6 +109,8 @@ protected:
     explicit DataStream(const char* typeName = "NOTYPENAME");
     /// Gives a fork its guid, page limit, owned mark and accelerator.
     void CopyIdentity(DataStream& fork) const;
+    /// Append(DataStream&) by windows: what `from` has from its cursor on goes through Append of bytes.
+    void AppendWindows(DataStream& from);
     void SetDsid(std::string dsid) { m_dsid = std::move(dsid); }
 
 private:

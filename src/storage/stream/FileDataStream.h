@@ -49,6 +49,7 @@ private:
     uint64_t m_windowBegin = 0;  // offsets in the file; equal when nothing is mapped
     uint64_t m_windowEnd = 0;
     char* m_address = nullptr;  // of m_windowBegin
+    char m_noBytes = 0;         // what GetInput and GetOutput point to while the window is empty
     RefCntPtr<MappedFile> m_mapped;
 };
 

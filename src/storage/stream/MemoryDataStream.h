@@ -34,10 +34,10 @@ private:
         std::vector<char> data;
     };
     explicit MemoryDataStream(RefCntPtr<Bytes> bytes);
-    void Grow(uint64_t size);
 
     uint64_t m_cursor = 0;
     bool m_writable = true;
+    char m_noBytes = 0;  // what GetInput and GetOutput point to while there are none
     RefCntPtr<Bytes> m_bytes;
 };
 
