@@ -75,9 +75,7 @@ public:
     VQLQueryExpander(SymbolDictionary& dictionary, const VQLMacroMap& macros)
         : VQLQueryCloner(dictionary), m_expand(dictionary, macros) {}
     using VQLQueryCloner::Clone;
-    RefCntPtr<VQLExpression> Clone(const RefCntPtr<VQLExpression>& expression) override {
-        return m_expand(expression);
-    }
+    RefCntPtr<VQLExpression> Clone(const RefCntPtr<VQLExpression>& expression) override { return m_expand(expression); }
 
 private:
     VQLExpressionExpander m_expand;

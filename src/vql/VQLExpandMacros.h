@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vql/VQLExpression.h"
 #include "vql/VQLMacros.h"
 #include "vql/VQLQuery.h"
 

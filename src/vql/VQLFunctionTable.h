@@ -26,8 +26,8 @@ public:
 
     /// The signatures that fit, in three passes of which the first with a result decides: equal types (one signature at
     /// most); types equal or unknown; types equal, unknown or promotable, integer to double and date to datetime.
-    /// Where several fit in the second pass and all known types are one, a signature of that type throughout wins alone:
-    /// a null takes the type of what it stands beside.
+    /// Where several fit in the second pass and all known types are one, a signature of that type throughout wins
+    /// alone: a null takes the type of what it stands beside.
     std::vector<const VQLFunction*> ResolveMatches(const std::wstring& name, const Types& types) const;
     /// The one signature that fits. Throws VQLException 48032 "no such function (%1)" and 48030 "ambiguous function
     /// call
