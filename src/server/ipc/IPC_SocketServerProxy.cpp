@@ -44,19 +44,15 @@ IPC_ConnectionDescriptor::Ptr IPC_SocketServerProxy::WaitForServer(int milliseco
         if (!socket) return nullptr;
         m_server = std::make_unique<IPC_SocketConnection>(std::move(socket));
     }
-    // Byte by byte, as any of them may fail to come.
-    const auto readByte = [&](char& byte) {
-        if (!m_server->IsReadPending(MillisecondsUntil(deadline))) return false;
+    // Byte by byte, as any of them may fail to come: first the length, then so many.
+    while (m_received.empty() ||
+           m_received.size() < 1 + static_cast<std::size_t>(static_cast<std::uint8_t>(m_received[0]))) {
+        if (!m_server->IsReadPending(MillisecondsUntil(deadline))) return nullptr;
+        char byte;
         m_server->Read(&byte, 1);
-        return true;
-    };
-    char length;
-    if (!readByte(length)) return nullptr;
-    std::string text(static_cast<std::uint8_t>(length), '\0');
-    for (char& byte : text) {
-        if (!readByte(byte)) return nullptr;
+        m_received += byte;
     }
-    return IPC_ConnectionDescriptor::Parse(text);
+    return IPC_ConnectionDescriptor::Parse(m_received.substr(1));
 }
 
 void IPC_SocketServerProxy::Close() {

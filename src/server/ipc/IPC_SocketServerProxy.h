@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "server/ipc/IPC_ServerProxy.h"
 
@@ -24,6 +25,7 @@ private:
     std::shared_ptr<IPC_AsynchronousHandler> m_handler;
     std::unique_ptr<IPC_AsynchronousListener> m_listener;
     std::unique_ptr<IPC_SocketConnection> m_server;
+    std::string m_received;  // of a call-back that has not come whole yet
 };
 
 }  // namespace qve

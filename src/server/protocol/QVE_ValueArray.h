@@ -15,6 +15,8 @@ class QVE_ValueArray {
 public:
     /// An array to be read; it is empty until Assign.
     QVE_ValueArray() = default;
+    QVE_ValueArray(QVE_ValueArray&&) noexcept = default;
+    QVE_ValueArray& operator=(QVE_ValueArray&&) noexcept = default;
 
     /// Opens the array for write: the values will follow a copy of `prefix`. Throws QVE_LogicError (40504) when values
     /// were written or received already.

@@ -1,0 +1,243 @@
+#include "client/QVE_Client.h"
+
+#include <utility>
+
+#include "client/ClientConnection.h"
+#include "client/QVE_ClientRowset.h"
+#include "client/QVE_ServerError.h"
+#include "client/status.h"
+#include "server/protocol/QVE_InputIterator.h"
+#include "server/protocol/QVE_OutputIterator.h"
+#include "server/protocol/QVE_ValueArray.h"
+#include "server/protocol/status.h"
+#include "system/unicode.h"
+#include "telemetry/LogEntry.h"
+
+namespace qve {
+namespace {
+
+/// Reads the status; turns an error reply into its exception.
+void ReadStatus(QVE_InputIterator& in) {
+    const std::int32_t status = in.ReadStatus();
+    if (status == 0) return;
+    std::vector<std::string> texts;
+    // Only as many as there are bytes for: the count may be anything.
+    for (std::uint32_t count = in.ReadU32(); count != 0 && in.GetRemaining() != 0; --count) {
+        texts.push_back(narrow(in.ReadString()));
+    }
+    throw QVE_ServerError(status, std::move(texts));
+}
+
+/// What a StatementCancel that went well is answered with; the reply of the call that it met is longer or an error, as
+/// a rule.
+bool IsPlainSuccess(const QVE_Message& reply) {
+    return reply.size() == sizeof(std::int32_t) && QVE_InputIterator(reply).ReadStatus() == 0;
+}
+
+}  // namespace
+
+QVE_Client::QVE_Client() = default;
+
+QVE_Client::~QVE_Client() {
+    Disconnect();
+}
+
+void QVE_Client::Connect(const std::string& descriptor) {
+    std::lock_guard lock(m_mutex);
+    LogEntry() << "Opening connection to " << descriptor;
+    LogEntry() << "Creating new connection: " << descriptor;
+    Disconnect();
+    Connect(ClientConnection::Connect(descriptor));
+    m_descriptor = descriptor;
+}
+
+void QVE_Client::Connect(RefCntPtr<ClientConnection> connection) {
+    std::lock_guard lock(m_mutex);
+    Disconnect();
+    m_session = connection->SessionOpen();
+    m_connection = std::move(connection);
+}
+
+void QVE_Client::Disconnect() noexcept {
+    std::lock_guard lock(m_mutex);
+    const RefCntPtr<ClientConnection> connection = std::move(m_connection);
+    if (!connection) return;
+    try {
+        connection->SessionClose(m_session);
+    } catch (...) {
+        // The server ends the session of a broken connection by itself.
+    }
+}
+
+bool QVE_Client::IsConnected() const {
+    std::lock_guard lock(m_mutex);
+    return m_connection && m_connection->IsOpen();
+}
+
+QVE_PropertyList QVE_Client::GetProperties() const {
+    std::lock_guard lock(m_mutex);
+    QVE_PropertyList properties;
+    if (!m_connection) return properties;
+    properties.emplace_back(QVE_InterredValue("descriptor"), QVE_InterredValue(m_descriptor));
+    properties.emplace_back(QVE_InterredValue("session"), QVE_InterredValue(m_session));
+    return properties;
+}
+
+void QVE_Client::RecvReply(QVE_Message& reply) {
+    QVE_Message received;
+    m_connection->Recv(m_session, reply);
+    for (unsigned replies = 1;; ++replies) {
+        {
+            std::lock_guard lock(m_cancelMutex);
+            if (replies == m_cancels + 1) {
+                m_inFlight = false;
+                return;
+            }
+        }
+        // Replies of the call and of the cancels that met it come in any order.
+        m_connection->Recv(m_session, received);
+        if (IsPlainSuccess(reply)) reply.swap(received);
+    }
+}
+
+void QVE_Client::Request(QVE_Command command, const WriteFields& write, QVE_Message& reply) {
+    if (!m_connection) throw QVE_Exception(status::Client_NotConnected, "not connected");
+    QVE_Message message;
+    QVE_OutputIterator out(message);
+    out.WriteHeader();
+    out.WriteCommand(command);
+    write(out);
+    {
+        std::lock_guard lock(m_cancelMutex);
+        m_connection->Send(m_session, message);
+        m_inFlight = true;
+        m_cancels = 0;
+    }
+    try {
+        RecvReply(reply);
+    } catch (...) {
+        std::lock_guard lock(m_cancelMutex);
+        m_inFlight = false;
+        throw;
+    }
+}
+
+void QVE_Client::RequestNothing(QVE_Command command, const WriteFields& write) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(command, write, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+}
+
+RefCntPtr<QVE_ClientRowset> QVE_Client::RequestRowset(QVE_Command command, const WriteFields& write) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(command, write, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    if (in.ReadU32() == 0) return nullptr;
+    const std::uint64_t guid = in.ReadGuid();
+    std::vector<QVE_PropertyList> columns;
+    for (std::uint32_t count = in.ReadU32(); count != 0; --count) columns.push_back(in.ReadProperties());
+    return MakeRef<QVE_ClientRowset>(RefCntPtr<QVE_Client>(this), guid, std::move(columns));
+}
+
+QVE_Client::WriteFields QVE_Client::StatementFields(std::uint64_t statement) const {
+    return [this, statement](QVE_OutputIterator& out) {
+        out.WriteGuid(m_session);
+        out.WriteGuid(statement);
+    };
+}
+
+RefCntPtr<QVE_ClientRowset> QVE_Client::QueryExecute(std::string_view query) {
+    return RequestRowset(QVE_Command::QueryExecute, [&](QVE_OutputIterator& out) { out.WriteString(query); });
+}
+
+std::uint64_t QVE_Client::StatementOpen() {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::StatementOpen, [](QVE_OutputIterator&) {}, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    in.ReadGuid();  // the session, which we know
+    return in.ReadGuid();
+}
+
+void QVE_Client::StatementPlan(std::uint64_t statement, std::string_view plan) {
+    RequestNothing(QVE_Command::StatementPlan, [&](QVE_OutputIterator& out) {
+        StatementFields(statement)(out);
+        out.WriteString(plan);
+    });
+}
+
+void QVE_Client::StatementPrepare(std::uint64_t statement, std::string_view query) {
+    RequestNothing(QVE_Command::StatementPrepare, [&](QVE_OutputIterator& out) {
+        StatementFields(statement)(out);
+        out.WriteString(query);
+    });
+}
+
+RefCntPtr<QVE_ClientRowset> QVE_Client::StatementExecute(std::uint64_t statement) {
+    return RequestRowset(QVE_Command::StatementExecute, StatementFields(statement));
+}
+
+void QVE_Client::StatementCancel(std::uint64_t statement) {
+    {
+        std::lock_guard lock(m_cancelMutex);
+        // A call under way reads all replies, ours too; m_connection and m_session stay as they are until it is done.
+        if (m_inFlight) {
+            QVE_Message message;
+            QVE_OutputIterator out(message);
+            out.WriteHeader();
+            out.WriteCommand(QVE_Command::StatementCancel);
+            StatementFields(statement)(out);
+            m_connection->Send(m_session, message);
+            ++m_cancels;
+            return;
+        }
+    }
+    RequestNothing(QVE_Command::StatementCancel, StatementFields(statement));
+}
+
+void QVE_Client::StatementClose(std::uint64_t statement) {
+    RequestNothing(QVE_Command::StatementClose, StatementFields(statement));
+}
+
+QVE_PropertyList QVE_Client::RowsetGetProperties(std::uint64_t rowset) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::RowsetGetProperties, [&](QVE_OutputIterator& out) { out.WriteGuid(rowset); }, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    return in.ReadProperties();
+}
+
+void QVE_Client::RowsetGetValues(std::uint64_t rowset, QVE_ValueArray& values) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::RowsetGetValues, [&](QVE_OutputIterator& out) { out.WriteGuid(rowset); }, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    const std::uint32_t count = in.ReadU32();
+    values.Assign(reply, in.GetIndex(), count);
+}
+
+void QVE_Client::RowsetClose(std::uint64_t rowset) {
+    RequestNothing(QVE_Command::RowsetClose, [&](QVE_OutputIterator& out) { out.WriteGuid(rowset); });
+}
+
+void QVE_Client::PostErrorInfo(int status, std::vector<std::string> texts) {
+    std::lock_guard lock(m_errorMutex);
+    m_errorInfo = {status, std::move(texts)};
+}
+
+QVE_Client::ErrorInfo QVE_Client::GetErrorInfo() const {
+    std::lock_guard lock(m_errorMutex);
+    return m_errorInfo;
+}
+
+}  // namespace qve

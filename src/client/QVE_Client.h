@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "server/protocol/QVE_Command.h"
+#include "server/protocol/QVE_InterredValue.h"
+#include "system/RefCntObject.h"
+#include "system/RefCntPtr.h"
+#include "system/TRecursiveMutex.h"
+
+namespace qve {
+
+class ClientConnection;
+class QVE_ClientRowset;
+class QVE_InputIterator;
+class QVE_Message;
+class QVE_OutputIterator;
+class QVE_ValueArray;
+
+/// One session on a server. Calls from several threads wait for each other; only StatementCancel overtakes a call that
+/// is under way. Operations throw QVE_ServerError with the status and texts of an error reply, QVE_Exception (40508)
+/// when there is no connection, (40509) when it fails, QVE_RuntimeError (70003 to 70007) for replies that make no
+/// sense.
+class QVE_Client : public RefCntObject {
+public:
+    QVE_Client();
+    ~QVE_Client() override;
+
+    /// Opens a connection of its own, and a session. Throws std::invalid_argument for a bad connection string.
+    void Connect(const std::string& descriptor);
+    /// Opens a session on a connection that others use, too.
+    void Connect(RefCntPtr<ClientConnection> connection);
+    /// Ends the session. Harmless without one; throws nothing.
+    void Disconnect() noexcept;
+    bool IsConnected() const;
+    /// "descriptor" and "session".
+    QVE_PropertyList GetProperties() const;
+
+    /// Runs a statement; null when it has no result.
+    RefCntPtr<QVE_ClientRowset> QueryExecute(std::string_view query);
+    /// Gives the guid of a new statement.
+    std::uint64_t StatementOpen();
+    void StatementPlan(std::uint64_t statement, std::string_view plan);
+    void StatementPrepare(std::uint64_t statement, std::string_view query);
+    RefCntPtr<QVE_ClientRowset> StatementExecute(std::uint64_t statement);
+    void StatementCancel(std::uint64_t statement);
+    void StatementClose(std::uint64_t statement);
+    QVE_PropertyList RowsetGetProperties(std::uint64_t rowset);
+    /// Fills `values` with the rowset's next reply; with nothing at its end.
+    void RowsetGetValues(std::uint64_t rowset, QVE_ValueArray& values);
+    void RowsetClose(std::uint64_t rowset);
+
+    /// Replaces the posted error texts, for QVE_GetErrorInfo.
+    void PostErrorInfo(int status, std::vector<std::string> texts);
+    struct ErrorInfo {
+        int status = 0;
+        std::vector<std::string> texts;
+    };
+    ErrorInfo GetErrorInfo() const;
+
+private:
+    using WriteFields = std::function<void(QVE_OutputIterator&)>;
+
+    void Request(QVE_Command command, const WriteFields& write, QVE_Message& reply);
+    void RequestNothing(QVE_Command command, const WriteFields& write);
+    void RecvReply(QVE_Message& reply);
+    RefCntPtr<QVE_ClientRowset> RequestRowset(QVE_Command command, const WriteFields& write);
+    WriteFields StatementFields(std::uint64_t statement) const;
+
+    mutable TRecursiveMutex m_mutex;
+    RefCntPtr<ClientConnection> m_connection;  // null without a session
+    std::uint64_t m_session = 0;
+    std::string m_descriptor;
+
+    // A cancel meets a call under way: both have replies to come, on one session.
+    std::mutex m_cancelMutex;
+    bool m_inFlight = false;
+    unsigned m_cancels = 0;
+
+    mutable std::mutex m_errorMutex;
+    ErrorInfo m_errorInfo;
+};
+
+}  // namespace qve
