@@ -1,6 +1,7 @@
 # Warnings are errors, on our own sources only.
 function(qve_warnings target)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Werror -Wnon-virtual-dtor -Woverloaded-virtual)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Werror
+                                             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual>)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND QVE_SANITIZE)
         # g++ 12 reports uninitialised and out-of-bounds uses inside inlined library code under sanitizers.
         target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow
