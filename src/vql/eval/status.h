@@ -6,6 +6,7 @@ namespace qve::status {
 inline constexpr int VQLQueryCompiler_TableName = 40544;
 inline constexpr int VQLQueryCompiler_Database = 40545;
 inline constexpr int VQLQueryCompiler_NotSupported = 40546;
+inline constexpr int VQLQueryCompiler_Input = 40547;
 inline constexpr int VQLSession_ExecErrorSymbol = 40548;
 inline constexpr int VQLSession_ExecErrorCount = 40549;
 inline constexpr int VQLSession_ConnectPath = 10000;

@@ -1,0 +1,260 @@
+#include "vql/eval/VQLQueryCompiler.h"
+
+#include "algebra/Aggr.h"
+#include "algebra/ColumnExp.h"
+#include "algebra/FlowTable.h"
+#include "algebra/LeafTable.h"
+#include "algebra/Order.h"
+#include "algebra/Project.h"
+#include "algebra/Restrict.h"
+#include "algebra/RestrictedTable.h"
+#include "algebra/Scan.h"
+#include "algebra/Select.h"
+#include "algebra/TopN.h"
+#include "metrics/Scope.h"
+#include "storage/Column.h"
+#include "storage/Database.h"
+#include "storage/DatabaseFamily.h"
+#include "storage/DatabaseSchema.h"
+#include "system/QuillonException.h"
+#include "vql/VQLExpressions.h"
+#include "vql/VQLQueries.h"
+#include "vql/eval/VQLExpressionCompiler.h"
+#include "vql/eval/status.h"
+
+namespace qve {
+namespace {
+
+using ContextType = VQLExpressionCompiler::ContextType;
+
+// A stored table with the columns that its scan selects; what reads it reads the stored table itself.
+class ScanTable : public RestrictedTable {
+public:
+    ScanTable(RefCntPtr<Table> inner, const ColumnNames& names) : RestrictedTable(std::move(inner), names) {}
+    const RefCntPtr<Table>& GetInnerTable() const { return GetDelegate(); }
+};
+
+[[noreturn]] void RaiseNotSupported(const char* form) {
+    throw QVE_RuntimeError(status::VQLQueryCompiler_NotSupported,
+                           std::string("VQLQueryCompiler: ") + form + " is not supported yet");
+}
+
+// A broken promise of an earlier pass.
+[[noreturn]] void Raise(const char* text) {
+    throw QVE_RuntimeError(status::VQLQueryCompiler_Input, text);
+}
+
+ColumnNames NamesOf(const VQLIdentifierSet& names) {
+    ColumnNames result;
+    for (const auto& name : names) result.insert(name.GetComponents().back().AsString());
+    return result;
+}
+
+RefCntPtr<DataFlow> ScanOf(const RefCntPtr<Table>& table, const ColumnNames& names) {
+    const auto* scanned = dynamic_cast<const ScanTable*>(table.get());
+    return MakeRef<Scan>(scanned ? scanned->GetInnerTable() : table, names);
+}
+
+// The number of groups that the dictionaries and statistics of the keys let expect; 0 when they say nothing.
+unsigned EstimateGroups(const Namespace& source, const ColumnNames& keys) {
+    uint64_t groups = keys.empty() ? 0 : 1;
+    for (const auto& key : keys) {
+        const uint64_t cardinality = source.DescribeColumn(key)->GetSizeProperty(usrpropkey::cardinality);
+        if (cardinality == 0 || groups > ~0U / cardinality) return 0;
+        groups *= cardinality;
+    }
+    return static_cast<unsigned>(groups);
+}
+
+}  // namespace
+
+RefCntPtr<Namespace> VQLQueryCompiler::operator()(const RefCntPtr<VQLQuery>& query) {
+    Metrics::Scope scope("VQLQueryCompiler");
+    return CompileFlow(query);
+}
+
+RefCntPtr<Namespace> VQLQueryCompiler::Compile(const RefCntPtr<VQLQuery>& query) {
+    query->Accept(*this);
+    return Pop();
+}
+
+void VQLQueryCompiler::Push(RefCntPtr<Namespace> result) {
+    m_stack.push_back(std::move(result));
+}
+
+RefCntPtr<Namespace> VQLQueryCompiler::Pop() {
+    RefCntPtr<Namespace> result = std::move(m_stack.back());
+    m_stack.pop_back();
+    return result;
+}
+
+RefCntPtr<DataFlow> VQLQueryCompiler::MakeDataFlow(const RefCntPtr<Namespace>& input) {
+    if (auto flow = DynamicPtrCast<DataFlow>(input)) return flow;
+    if (auto table = DynamicPtrCast<Table>(input)) return ScanOf(table, table->GetColumnNames());
+    Raise("namespace should be a dataflow or table");
+}
+
+RefCntPtr<Table> VQLQueryCompiler::MakeTable(const RefCntPtr<Namespace>& input) {
+    if (auto table = DynamicPtrCast<Table>(input)) return table;
+    if (auto flow = DynamicPtrCast<DataFlow>(input)) return MakeRef<FlowTable>(flow);
+    Raise("namespace should be a dataflow or table");
+}
+
+const std::wstring& VQLQueryCompiler::GetIdentifier(const VQLIdentifier& name) {
+    if (name.GetComponents().size() != 1) Raise("bad identifier");
+    return name.GetComponents().front().AsString();
+}
+
+void VQLQueryCompiler::VisitTable(VQLTableQuery& query) {
+    const auto& components = query.GetTableName().GetComponents();
+    if (components.size() != 2) {
+        throw QVE_RuntimeError(status::VQLQueryCompiler_TableName, "expected schema.table identifier");
+    }
+    if (!m_databases.HasDatabase(query.GetDatabasePath())) {
+        throw QVE_RuntimeError(status::VQLQueryCompiler_Database, "no matching database");
+    }
+    if (query.GetParallelism() > 1) RaiseNotSupported("reading a table in parallel");
+    const RefCntPtr<Database> database = m_databases.GetDatabase(query.GetDatabasePath());
+
+    VQLIdentifierSet scanned = query.GetScanColumns();
+    if (scanned.empty()) {
+        for (const auto& column : query.GetColumnSpace()->GetColumns()) scanned.insert(column->GetName());
+    }
+    ColumnNames stored;
+    std::vector<std::pair<std::wstring, std::wstring>> renames;  // stored name, name in the query
+    for (const auto& column : scanned) {
+        const std::wstring& outer = GetIdentifier(column);
+        const std::wstring& inner = GetIdentifier(query.GetColumnMap().PartialRemap(column));
+        stored.insert(inner);
+        if (inner != outer) renames.emplace_back(inner, outer);
+    }
+    auto leaf = MakeRef<LeafTable>(*database->GetSchema(components[0].AsString()), components[1].AsString(), stored);
+    if (renames.empty()) {
+        Push(MakeRef<ScanTable>(leaf, stored));
+        return;
+    }
+    std::vector<RefCntPtr<Exp>> columns;
+    for (const auto& [inner, outer] : renames) {
+        columns.push_back(MakeRef<ColumnExp>(leaf->DescribeColumn(inner)));
+        columns.back()->SetName(outer);
+    }
+    auto renamed = MakeRef<Project>(MakeRef<Scan>(leaf, stored), std::move(columns));
+    Push(MakeRef<Restrict>(renamed, NamesOf(scanned)));
+}
+
+void VQLQueryCompiler::VisitSelect(VQLSelectQuery& query) {
+    RefCntPtr<DataFlow> input = CompileFlow(query.GetInput());
+    VQLExpressionCompiler compile(ContextType::select, *input);
+    RefCntPtr<Exp> predicate = compile(query.GetPredicate());
+    Push(MakeRef<Select>(std::move(input), std::move(predicate)));
+}
+
+void VQLQueryCompiler::VisitProject(VQLProjectQuery& query) {
+    RefCntPtr<DataFlow> input = CompileFlow(query.GetInput());
+    VQLExpressionCompiler compile(ContextType::map, *input);
+    std::vector<RefCntPtr<Exp>> expressions;
+    for (const auto& [name, expression] : query.GetBindings()) {
+        expressions.push_back(compile(expression));
+        expressions.back()->SetName(GetIdentifier(name));
+    }
+    Push(MakeRef<Project>(std::move(input), std::move(expressions)));
+}
+
+void VQLQueryCompiler::VisitRestrict(VQLRestrictQuery& query) {
+    const RefCntPtr<Namespace> input = Compile(query.GetInput());
+    const VQLIdentifierSet identifiers(query.GetIdentifiers().begin(), query.GetIdentifiers().end());
+    const ColumnNames names = NamesOf(identifiers);
+    if (auto table = DynamicPtrCast<Table>(input)) {
+        Push(ScanOf(table, names));
+    } else {
+        Push(MakeRef<Restrict>(MakeDataFlow(input), names));
+    }
+}
+
+std::vector<RefCntPtr<Exp>> VQLQueryCompiler::CompileMeasures(const VQLBindings& measures,
+                                                              const Namespace& source) const {
+    VQLExpressionCompiler compile(ContextType::aggregate, source);
+    std::vector<RefCntPtr<Exp>> expressions;
+    for (const auto& [name, expression] : measures) {
+        const auto* call = dynamic_cast<const VQLFuncallExpression*>(expression.get());
+        if (!call || !call->IsAggregate()) Raise("measure expressions must be aggregate");
+        for (const auto& argument : call->GetArguments()) {
+            if (!argument->IsScalar()) Raise("inputs to aggregate functions must be scalar");
+        }
+        expressions.push_back(compile(expression));
+        expressions.back()->SetName(GetIdentifier(name));
+    }
+    return expressions;
+}
+
+const std::wstring& VQLQueryCompiler::GetGroupByKey(const VQLBinding& groupBy) {
+    const auto* column = dynamic_cast<const VQLIdentifierExpression*>(groupBy.second.get());
+    if (!column) Raise("group-by expressions must be trivial");
+    if (!(column->GetIdentifier() == groupBy.first)) Raise("bad group-by identifier");
+    return GetIdentifier(groupBy.first);
+}
+
+void VQLQueryCompiler::VisitAggregate(VQLAggregateQuery& query) {
+    if (query.IsOrdered()) RaiseNotSupported("an ordered aggregate");
+    RefCntPtr<DataFlow> input = CompileFlow(query.GetInput());
+    ColumnNames keys;
+    for (const auto& groupBy : query.GetGroupBys()) keys.insert(GetGroupByKey(groupBy));
+    std::vector<RefCntPtr<Exp>> measures = CompileMeasures(query.GetMeasures(), *input);
+    const unsigned estimate = EstimateGroups(*input, keys);
+    Push(MakeRef<Aggr>(std::move(input), std::move(keys), std::move(measures), Aggr::noLimit, estimate));
+}
+
+std::vector<Namespace::SortSpec> VQLQueryCompiler::GetSortSpecs(const VQLOrderQuery::Orders& orders) {
+    std::vector<Namespace::SortSpec> specs;
+    for (const auto& order : orders) {
+        const auto* column = dynamic_cast<const VQLIdentifierExpression*>(order.expression.get());
+        if (!column) Raise("order expressions must be trivial");
+        specs.push_back({GetIdentifier(column->GetIdentifier()), order.sense == VQLSortSense::descending});
+    }
+    return specs;
+}
+
+void VQLQueryCompiler::VisitOrder(VQLOrderQuery& query) {
+    RefCntPtr<Table> input = MakeTable(Compile(query.GetInput()));
+    std::vector<std::wstring> ranks;
+    for (const auto& order : query.GetOrders()) {
+        ranks.push_back(order.output.empty() ? std::wstring() : GetIdentifier(order.output));
+    }
+    Push(MakeRef<Order>(std::move(input), GetSortSpecs(query.GetOrders()), std::move(ranks)));
+}
+
+void VQLQueryCompiler::VisitTop(VQLTopQuery& query) {
+    RefCntPtr<DataFlow> input = CompileFlow(query.GetInput());
+    const int count = query.GetTopCount();
+    Push(MakeRef<TopN>(std::move(input), GetSortSpecs(query.GetOrders()), count > 0 ? count : 0));
+}
+
+void VQLQueryCompiler::VisitText(VQLTextQuery&) {
+    RaiseNotSupported("text");
+}
+void VQLQueryCompiler::VisitDomain(VQLDomainQuery&) {
+    RaiseNotSupported("domain");
+}
+void VQLQueryCompiler::VisitPivot(VQLPivotQuery&) {
+    RaiseNotSupported("pivot");
+}
+void VQLQueryCompiler::VisitJoin(VQLJoinQuery&) {
+    RaiseNotSupported("join");
+}
+void VQLQueryCompiler::VisitIndexTable(VQLIndexTableQuery&) {
+    RaiseNotSupported("indextable");
+}
+void VQLQueryCompiler::VisitIndexJoin(VQLIndexJoinQuery&) {
+    RaiseNotSupported("indexjoin");
+}
+void VQLQueryCompiler::VisitExchange(VQLExchangeQuery&) {
+    RaiseNotSupported("exchange");
+}
+void VQLQueryCompiler::VisitAppend(VQLAppendQuery&) {
+    RaiseNotSupported("append");
+}
+void VQLQueryCompiler::VisitRemoteQuery(VQLRemoteQuery&) {
+    RaiseNotSupported("remotequery");
+}
+
+}  // namespace qve

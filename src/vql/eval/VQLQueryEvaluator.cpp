@@ -1,0 +1,139 @@
+#include "vql/eval/VQLQueryEvaluator.h"
+
+#include "algebra/DataFlow.h"
+#include "metrics/Scope.h"
+#include "storage/DatabaseFamily.h"
+#include "system/VQLException.h"
+#include "telemetry/LogEntry.h"
+#include "vql/VQLBuildTableSpaces.h"
+#include "vql/VQLExpandMacros.h"
+#include "vql/VQLFindOutputOrder.h"
+#include "vql/VQLLowerAggregates.h"
+#include "vql/VQLLowerOrders.h"
+#include "vql/VQLPushDownNullTypes.h"
+#include "vql/VQLQueryChecker.h"
+#include "vql/VQLQueryFormatter.h"
+#include "vql/VQLQueryParser.h"
+#include "vql/VQLRemoveRestricts.h"
+#include "vql/VQLRemoveTrivialProjectBindings.h"
+#include "vql/VQLRestrictScans.h"
+#include "vql/VQLTableSpaceFamily.h"
+#include "vql/VQLUniquifyColumns.h"
+#include "vql/eval/ResultFlow.h"
+#include "vql/eval/VQLQueryCompiler.h"
+#include "vql/eval/VQLQueryEvaluatorLogger.h"
+#include "vql/eval/status.h"
+#include "vql/syntax/VQLIdentifierFactory.h"
+#include "vql/syntax/VQLParser.h"
+
+namespace qve {
+namespace {
+
+// A query on its way through the passes.
+class Evaluation {
+public:
+    Evaluation(const DatabaseFamily& databases, SymbolDictionary& symbols, RefCntPtr<VQLQuery> query)
+        : m_query(std::move(query)),
+          m_detailed(VQLQueryEvaluator::GetDefaultDetailedLogging()),
+          m_spaces(VQLBuildTableSpaces(m_query, databases, symbols)),
+          m_checker(m_spaces) {
+        m_checker.SetForceRebuild(true);
+    }
+
+    const RefCntPtr<VQLQuery>& Get() const { return m_query; }
+    const VQLTableSpaceFamily& GetTableSpaces() const { return m_spaces; }
+
+    void Check() { m_checker(m_query); }
+    // One pass: its metric scope bears the name too. What it leaves is checked again and logged.
+    template <class Pass>
+    void Run(const char* name, Pass pass) {
+        m_query = pass(m_query);
+        Check();
+        LogStage(name);
+    }
+    void LogStage(const char* name) { m_stages.LogStage(name, m_query); }
+    void LogQuery(const char* title) const {
+        if (m_detailed) LogEntry() << title << FormatQuery(m_query);
+    }
+    void LogColumns(const char* name, const std::vector<VQLIdentifier>& columns) {
+        if (!m_stages) return;
+        std::wstring text;
+        for (const auto& column : columns) text += column.AsString() + L" ";
+        m_stages.LogNote(name, text);
+    }
+    void LogColumns(const char* name, const VQLColumnMap& columns) {
+        if (!m_stages) return;
+        std::wstring text;
+        for (const auto& [from, to] : columns) text += L"(" + from.AsString() + L" " + to.AsString() + L") ";
+        m_stages.LogNote(name, text);
+    }
+
+private:
+    RefCntPtr<VQLQuery> m_query;
+    const bool m_detailed;
+    VQLQueryEvaluatorLogger m_stages;
+    VQLTableSpaceFamily m_spaces;
+    VQLQueryChecker m_checker;
+};
+
+std::vector<std::wstring> ColumnTexts(const std::vector<VQLIdentifier>& columns) {
+    std::vector<std::wstring> texts;
+    for (const auto& column : columns) texts.push_back(column.GetComponents().back().AsString());
+    return texts;
+}
+
+}  // namespace
+
+RefCntPtr<Namespace> VQLQueryEvaluator::operator()(const std::wstring& text) const {
+    return Eval(VQLParser::ParseAndReturnFirstNode(m_symbols, text.c_str(), false, [](RefCntPtr<VQLNode>) {
+        throw VQLException(status::VQLQueryEvaluator_BadInput, L"bad input");
+    }));
+}
+
+RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) const {
+    Metrics::Scope scope("VQLQueryEvaluator::Eval");
+    SymbolDictionary& symbols = m_symbols;
+    VQLIdentifierFactory factory(symbols);
+    RefCntPtr<VQLQuery> parsed = VQLQueryParser(symbols)(node);
+    parsed = VQLExpandMacros(symbols, GetVQLMacros(), parsed);
+
+    Evaluation evaluation(m_databases, symbols, std::move(parsed));
+    evaluation.LogStage("Parsed");
+    evaluation.LogQuery("Query parsed:\n");
+    evaluation.Check();
+    const VQLTableSpaceFamily& spaces = evaluation.GetTableSpaces();
+    // What the client asked for, and in which order; the passes may add columns and forget orders.
+    const RefCntPtr<VQLColumnSpace> wanted = evaluation.Get()->GetColumnSpace();
+    const std::vector<VQLIdentifier> outputs = VQLFindOutputOrder(evaluation.Get());
+    evaluation.LogColumns("projection list", outputs);
+
+    using Query = const RefCntPtr<VQLQuery>&;
+    const auto restrictScans = [&](Query query) { return VQLRestrictScans(spaces, *wanted, false, query); };
+
+    evaluation.Run("VQLRemoveRestricts", [&](Query query) { return VQLRemoveRestricts(symbols, query); });
+    // Nulls need their types before aggregates are lowered.
+    evaluation.Run("VQLPushDownNullTypes", [&](Query query) { return VQLPushDownNullTypes(symbols, query); });
+    evaluation.Run("VQLRemoveTrivialProjectBindings",
+                   [&](Query query) { return VQLRemoveTrivialProjectBindings(symbols, query); });
+    evaluation.Run("VQLRestrictScans", restrictScans);
+    evaluation.Run("VQLLowerAggregates", [&](Query query) { return VQLLowerAggregates(factory, query); });
+    evaluation.Run("VQLLowerOrders", [&](Query query) { return VQLLowerOrders(factory, query); });
+
+    // From here on every column has a name of its own, so that passes may move expressions.
+    VQLColumnMap columns;
+    evaluation.Run("VQLUniquifyColumns", [&](Query query) { return VQLUniquifyColumns(factory, query, columns); });
+    evaluation.LogColumns("top level column map", columns);
+    evaluation.Run("VQLDeuniquifyColumns", [&](Query query) { return VQLDeuniquifyColumns(symbols, columns, query); });
+
+    evaluation.Run("VQLRemoveTrivialProjectBindings",
+                   [&](Query query) { return VQLRemoveTrivialProjectBindings(symbols, query); });
+    evaluation.Run("RestrictQuery", [&](Query query) { return RestrictQuery(*wanted, query); });
+    evaluation.Run("VQLRestrictScans", [&](Query query) { return VQLRestrictScans(spaces, *wanted, true, query); });
+    evaluation.LogQuery("Query optimized:\n");
+
+    const RefCntPtr<Namespace> root = VQLQueryCompiler(m_databases)(evaluation.Get());
+    evaluation.LogStage("Compiled");
+    return MakeRef<ResultFlow>(StaticPtrCast<DataFlow>(root), ColumnTexts(outputs));
+}
+
+}  // namespace qve
