@@ -212,6 +212,7 @@ private:
     static unsigned Clamp(uint64_t rows) { return rows > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<unsigned>(rows); }
     /// Recomputes what is derived from the properties.
     void UpdateHints();
+    void ResolveType();
     void MakeHeap();
     void SetEncodingProperty();
 
@@ -220,7 +221,7 @@ private:
     RefCntPtr<DataStream> m_dictionary;
     std::unique_ptr<usrheap> m_heap;
     const usrtype* m_type = nullptr;
-    DataType m_dataType;
+    DataType m_dataType = DataType::usr;
     uint32_t m_tokenSize = 1;
     uint32_t m_shift = 0;  // log2 of the token size; 64 when it is no power of two
     uint32_t m_entrySize = 0;
