@@ -74,4 +74,37 @@ inline constexpr int DatabaseFamily_GetDatabase = 49000;
 inline constexpr int DatabaseFamily_ResolveDatabasePath_relative = 49001;
 inline constexpr int DatabaseFamily_ResolveDatabasePath_access = 49002;
 
+// Encodings.
+inline constexpr int AffineDataStream_Initialise = 40007;
+inline constexpr int AffineDataStream_GetDeltaType = 40188;
+inline constexpr int AffineDataStream_Header = 40001;
+inline constexpr int AffineDataStream_Overflow = 40002;
+inline constexpr int AffineDataStream_Seek = 40003;
+inline constexpr int BlockDataStream_Header = 40059;
+inline constexpr int BlockDataStream_Truncated = 40060;
+inline constexpr int DeltaDataStream_FlushData = 40111;
+inline constexpr int DeltaDataStream_Initialise_decoder = 40114;
+inline constexpr int DeltaDataStream_Initialise_encoder = 40115;
+inline constexpr int DeltaDataStream_Seek = 40116;
+inline constexpr int DictionaryDataStream_Initialise = 40117;
+inline constexpr int DictionaryDataStream_Overflow = 40118;
+inline constexpr int DictionaryDataStream_Seek = 40119;
+inline constexpr int EncodedDataStream_Append = 40139;
+inline constexpr int EncodedDataStream_Extend = 40140;
+inline constexpr int EncodedDataStream_GetInput = 40141;
+inline constexpr int EncodedDataStream_GetOutput = 40142;
+inline constexpr int EncodedDataStream_Resize = 40143;
+inline constexpr int EncodingFactory_CreateEncodingStream = 40138;
+inline constexpr int FORDataStream_FlushData = 40166;
+inline constexpr int FORDataStream_Initialise_decoder = 40169;
+inline constexpr int FORDataStream_Initialise_encoder = 40170;
+inline constexpr int FORDataStream_Seek = 40171;
+inline constexpr int FORDataStream_decode_functype_bits = 40172;
+inline constexpr int OverflowDataStream_Append = 40293;
+inline constexpr int RunLengthDataStream_Header = 40391;
+inline constexpr int RunLengthDataStream_Append = 40392;
+inline constexpr int RunLengthDataStream_Truncated = 40393;
+inline constexpr int RunLengthDataStream_Resize = 40388;
+inline constexpr int RunLengthDataStream_Seek = 40394;
+
 }  // namespace qve::status
