@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "algebra/DataFlow.h"
@@ -11,6 +10,7 @@
 #include "algebra/Grouping.h"
 #include "algebra/RadixCluster.h"
 #include "algebra/Table.h"
+#include "primitives/primitive_func.h"
 
 namespace qve {
 
@@ -32,7 +32,7 @@ public:
     void Accept(OperatorVisitor& visitor) override;
     ColumnNames GetColumnNames() const override;
     bool HasColumn(const std::wstring& name) const override;
-    /// Raises QVE_OutOfRange for an unknown name.
+    /// Complete once the table is built. Raises QVE_OutOfRange 40014 for an unknown name.
     RefCntPtr<Column> GetColumn(const std::wstring& name) const override;
     unsigned GetColumnCount() const override;
     RefCntPtr<Column> DescribeColumn(const std::wstring& name) const override;
@@ -63,21 +63,22 @@ protected:
     virtual void InsertRow(unsigned row);
 
 private:
-    class StoredKeys;
-    struct Accumulator {
-        Exp* aggregate;
-        RefCntPtr<Column> column;
+    // A key column of the source, its output column, and how cells go from the one to the other.
+    struct KeyPair {
+        RefCntPtr<Column> from;
+        RefCntPtr<Column> to;
+        binary_func copy;
     };
+    // Group numbers stay below what marks entries of the groupings.
+    static constexpr unsigned mostGroups = ~0u - 2;
 
-    void Bind();
+    void BindKeys();
     void ChooseGrouping();
     void ReplaceByHash();
-    /// Gives every row of the page its group, adding groups as needed.
     input_column AssignGroups(unsigned count, unsigned extent, const unsigned* sel);
-    void Accumulate(unsigned count, unsigned extent, const unsigned* sel, input_column groups);
+    void Accumulate(unsigned count, input_column groups, const unsigned* sel);
     void FoldPage(unsigned count, input_column groups, const unsigned* sel);
     Exp* FindAggregate(const std::wstring& name) const;
-    RefCntPtr<Column> DescribeKey(const std::wstring& name) const;
 
     const RefCntPtr<DataFlow> m_source;
     const ColumnNames m_keyNames;
@@ -88,14 +89,13 @@ private:
     mutable ColumnMap m_descriptions;
     RefCntPtr<Grouping> m_grouping;
     RefCntPtr<Grouping::Context> m_context;
-    RefCntPtr<StoredKeys> m_storedKeys;
     RefCntPtr<Column> m_groupIds;
-    std::unique_ptr<GroupPartition> m_partition;
+    const std::unique_ptr<GroupPartition> m_partition;
     RadixCluster m_cluster;
-    std::vector<std::pair<RefCntPtr<Column>, RefCntPtr<Column>>> m_keyPairs;
-    std::vector<Accumulator> m_accumulators;
+    std::vector<KeyPair> m_keyPairs;
     std::vector<unsigned> m_missList;
     std::vector<unsigned> m_insertList;
+    std::vector<unsigned> m_firstRow;  // zeros, the selection of a key with one value for all rows
     unsigned m_groupCount = 0;
     bool m_built = false;
 };

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "algebra/Namespace.h"
 #include "system/RefCntObject.h"
@@ -13,7 +12,6 @@
 namespace qve {
 
 class Column;
-class Table;
 
 /// How the keys of a grouping compare.
 enum class CompareSemantics : unsigned {
@@ -32,7 +30,7 @@ enum class GroupingIdType : unsigned { none, array, radix, hash };
 ///
 ///     hashes = HashInsert(count, extent, sel, context)
 ///     misses = Probe(count, missList, groups, hashes, sel, context)
-///     while misses > 0:
+///     while misses > 0, and Accepts(misses, missList, hashes):
 ///         n = FindInserts(misses, insertList, missList, hashes)
 ///         give insertList[i] the group size + i in `groups`, and InsertHashes(n, insertList, hashes, size)
 ///         add these rows as new groups, SetSize(size + n)
@@ -101,14 +99,12 @@ public:
     virtual unsigned FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes);
     /// Makes `group` known under `hash`.
     virtual void InsertHash(unsigned hash, unsigned group);
-    /// Loads the distinct keys `names` of a join's inner table as groups, in pages of `pageSize` rows.
-    virtual void HashInner(RefCntPtr<Table> inner, const std::vector<std::wstring>& names, unsigned pageSize);
     /// The strategy, for GetName.
     virtual GroupingIdType NameId() const;
 
-    /// Whether the strategy can take this page of keys. Asked before Probe; a grouping that says no stays as it is, and
-    /// the owner replaces it.
-    virtual bool Accepts(unsigned count, input_column hashes, const unsigned* sel);
+    /// Whether the strategy can take these rows, which have no group yet, as new groups. Asked before FindInserts; a
+    /// grouping that says no stays as it is, and the owner replaces it.
+    virtual bool Accepts(unsigned count, const unsigned* rows, input_column hashes);
     /// InsertHash for `count` rows of a page, which get the groups from `first` on.
     virtual void InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first);
 

@@ -30,8 +30,11 @@ public:
     void InsertHash(unsigned hash, unsigned group) override;
     GroupingIdType NameId() const override;
 
+    /// Makes the groups 0 to `count` - 1 known, whose keys, of one column, are stored in `keys`.
+    void AdoptGroups(Column& keys, unsigned count);
+
     /// Logs size, load and collisions of the table, when it is large.
-    void LogHashtableStatistics(std::wstring_view text) const;
+    void LogHashtableStatistics(std::string_view text) const;
 
     /// The chain of "hash" and "rehash" over the columns `keys` of `input`. Null when a key's type has no hash.
     static RefCntPtr<Exp> ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -20,7 +19,7 @@ public:
 
     /// The rows of `source` by `specs`, the first `limit` of them. `rankColumns` are the names of further columns, of
     /// type "bigint", that receive the row number in the new order, counted from 0; a name may be empty, which means
-    /// none. Raises "Order::m_source" for a null source, logic error 40559 when a rank column has the name of a column
+    /// none. Raises 40302 for a null source, logic error 40559 when a rank column has the name of a column
     /// of the source, and 40560 when two have the same.
     Order(RefCntPtr<Table> source, std::vector<SortSpec> specs, std::vector<std::wstring> rankColumns = {},
           uint64_t limit = noLimit);
@@ -29,10 +28,10 @@ public:
     void Accept(OperatorVisitor& visitor) override;
     ColumnNames GetColumnNames() const override;
     bool HasColumn(const std::wstring& name) const override;
-    /// May be called by any thread once the table is built. Raises "Order::GetColumn".
+    /// May be called by any thread once the table is built. Raises 40301.
     RefCntPtr<Column> GetColumn(const std::wstring& name) const override;
     unsigned GetColumnCount() const override;
-    /// Raises "Order::DescribeColumn".
+    /// Raises 40300.
     RefCntPtr<Column> DescribeColumn(const std::wstring& name) const override;
     uint64_t GetStart() const override;
     uint64_t GetCount() const override;
@@ -47,7 +46,7 @@ public:
 
 private:
     bool IsRank(const std::wstring& name) const;
-    RefCntPtr<Column> MakeColumn(const std::wstring& name) const;
+    RefCntPtr<Column> LoadColumn(const std::wstring& name) const;
     void InitColumn(const std::wstring& name, Column& column) const;
 
     const RefCntPtr<Table> m_source;

@@ -41,6 +41,7 @@ private:
     unsigned m_cluster = 0;
     bool m_clustered = false;
     std::vector<unsigned> m_starts;
+    std::vector<unsigned> m_places;
     std::vector<unsigned> m_rows;
     std::vector<unsigned> m_adjusted;
 };

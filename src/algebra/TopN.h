@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,15 +9,18 @@
 namespace qve {
 
 /// The first rows of a flow in sorted order, without keeping the flow: a bounded set of candidates, whose worst row is
-/// the cut-off that later pages must beat.
+/// the cut-off that later pages must beat. Of a page that holds nothing better only the keys are read.
 class TopN : public FlowTable {
 public:
-    /// The best `limit` rows of `source` by `specs`, sorted; with no specs the first `limit` rows as they come.
+    /// The best `limit` rows of `source` by `specs`, sorted; with no specs the first `limit` rows as they come. Raises
+    /// 40181 for a null source.
     TopN(RefCntPtr<DataFlow> source, std::vector<SortSpec> specs, uint64_t limit);
     ~TopN() override;
 
     void Accept(OperatorVisitor& visitor) override;
+    /// Complete once the table is built. Raises 40571.
     RefCntPtr<Column> GetColumn(const std::wstring& name) const override;
+    /// Raises 40570.
     RefCntPtr<Column> DescribeColumn(const std::wstring& name) const override;
     RefCntPtr<Column> LoadColumn(const std::wstring& name) const override;
     RefCntPtr<Column> LookupColumn(const std::wstring& name) const override;

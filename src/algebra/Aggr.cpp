@@ -1,0 +1,296 @@
+#include "algebra/Aggr.h"
+
+#include <algorithm>
+
+#include "algebra/ArrayGrouping.h"
+#include "algebra/GroupPartition.h"
+#include "algebra/HashGrouping.h"
+#include "algebra/OperatorVisitor.h"
+#include "algebra/RadixGrouping.h"
+#include "algebra/status.h"
+#include "primitives/column_kernels.h"
+#include "storage/Column.h"
+#include "storage/stream/TempFileDataStream.h"
+#include "system/QuillonException.h"
+#include "system/unicode.h"
+#include "telemetry/LogEntry.h"
+#include "telemetry/LogScopeTime.h"
+#include "vql/syntax/VQLEvaluatorSettings.h"
+
+namespace qve {
+
+Aggr::Aggr(RefCntPtr<DataFlow> source, ColumnNames keyNames, std::vector<RefCntPtr<Exp>> aggregates,
+           unsigned groupLimit, unsigned estimate)
+    : m_source(std::move(source)),
+      m_keyNames(std::move(keyNames)),
+      m_aggregates(std::move(aggregates)),
+      m_groupLimit(groupLimit),
+      m_estimate(estimate),
+      m_partition(std::make_unique<GroupPartition>()) {
+    if (!m_source) throw QVE_InvalidArgument(status::Aggr_source, "Aggr::Aggr missing m_source");
+    for (const std::wstring& key : m_keyNames) m_columns.emplace(key, nullptr);
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) m_columns.emplace(aggregate->GetName(), nullptr);
+}
+Aggr::~Aggr() = default;
+
+void Aggr::Accept(OperatorVisitor& visitor) {
+    visitor.VisitAggr(*this);
+}
+
+ColumnNames Aggr::GetColumnNames() const {
+    ColumnNames names;
+    for (const auto& [name, column] : m_columns) names.insert(names.end(), name);
+    return names;
+}
+
+bool Aggr::HasColumn(const std::wstring& name) const {
+    return m_columns.contains(name);
+}
+
+RefCntPtr<Column> Aggr::GetColumn(const std::wstring& name) const {
+    const auto found = m_columns.find(name);
+    if (found == m_columns.end()) throw QVE_OutOfRange(status::Aggr_GetColumn, "Aggr::GetColumn: " + narrow(name));
+    if (!found->second) found->second = LoadColumn(name);
+    return found->second;
+}
+
+unsigned Aggr::GetColumnCount() const {
+    return static_cast<unsigned>(m_columns.size());
+}
+
+RefCntPtr<Column> Aggr::DescribeColumn(const std::wstring& name) const {
+    const auto found = m_columns.find(name);
+    if (found == m_columns.end()) {
+        throw QVE_OutOfRange(status::Aggr_DescribeColumn, "Aggr::DescribeColumn: " + narrow(name));
+    }
+    if (found->second) return found->second;
+    RefCntPtr<Column>& description = m_descriptions[name];
+    if (!description) description = LookupColumn(name);
+    return description;
+}
+
+uint64_t Aggr::GetStart() const {
+    return 0;
+}
+uint64_t Aggr::GetCount() const {
+    return m_groupCount;
+}
+
+Exp* Aggr::FindAggregate(const std::wstring& name) const {
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) {
+        if (aggregate->GetName() == name) return aggregate.get();
+    }
+    return nullptr;
+}
+
+RefCntPtr<Column> Aggr::LoadColumn(const std::wstring& name) const {
+    if (Exp* aggregate = FindAggregate(name)) return aggregate->AllocateColumn(m_source.get());
+    return MakeRef<Column>(LookupColumn(name)->GetProperties());
+}
+
+RefCntPtr<Column> Aggr::LookupColumn(const std::wstring& name) const {
+    if (Exp* aggregate = FindAggregate(name)) return aggregate->AllocateColumn(m_source.get());
+    usrprops properties = m_source->DescribeColumn(name)->GetProperties();
+    // One row of each value is left: what was said of all rows no longer holds, but what bounds the values does.
+    for (const usrpropkey key :
+         {usrpropkey::encoding, usrpropkey::dense, usrpropkey::unique, usrpropkey::primary_key, usrpropkey::sum_value,
+          usrpropkey::sum2_value, usrpropkey::count_value, usrpropkey::median_value, usrpropkey::generated_by}) {
+        properties.erase(key);
+    }
+    properties.set(usrpropkey::name, name);
+    properties.set(usrpropkey::storagetype, Column::storageCol);
+    if (m_keyNames.size() == 1) {
+        // Keys come in the order of their first rows, so a single one stays sorted as it was.
+        properties.set(usrpropkey::unique, true);
+    } else {
+        for (const usrpropkey key : {usrpropkey::ordered, usrpropkey::sort_position, usrpropkey::sort_sense}) {
+            properties.erase(key);
+        }
+    }
+    return MakeRef<Column>(std::move(properties));
+}
+
+uint64_t Aggr::Build(unsigned pageSize) {
+    if (m_built) return GetCount();
+    const LogScopeTime time("Aggr::Build", 1.0);
+    for (auto& [name, column] : m_columns) {
+        if (!column) column = LoadColumn(name);
+    }
+    BuildPartitioned(pageSize);
+    SetGrouping(nullptr);
+    m_built = true;
+    if (m_keyPairs.empty()) BindKeys();
+    for (const auto& [name, column] : m_columns) {
+        column->UpdateAcceleratorProperties();
+        column->Seek(0, 0);
+    }
+    return GetCount();
+}
+
+void Aggr::BuildPartitioned(unsigned pageSize) {
+    ProcessData(pageSize);
+}
+
+// The keys are copied as they are stored: tokens stay tokens of the dictionary of the source, which a computed column
+// only has once it has a page.
+void Aggr::BindKeys() {
+    for (const std::wstring& name : m_keyNames) {
+        const RefCntPtr<Column> from = m_source->GetColumn(name);
+        const RefCntPtr<Column>& to = m_columns[name];
+        if (to->IsCompressed()) to->SetDict(from->GetDict() ? from->GetDict() : MakeRef<TempFileDataStream>());
+        to->SetData(MakeRef<TempFileDataStream>());
+        m_keyPairs.push_back({from, to, map_fetch_ulng_col_type_col(to->GetTokenSize())});
+    }
+}
+
+void Aggr::SetGrouping(RefCntPtr<Grouping> grouping) {
+    m_context.reset();
+    m_groupIds.reset();
+    m_grouping = std::move(grouping);
+    if (!m_grouping) return;
+    m_groupIds = m_grouping->AllocateGroupIDs();
+    m_context = m_grouping->MakeContext(m_source.get(), this);
+    if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "AGGR " << m_grouping->GetName();
+}
+
+void Aggr::ChooseGrouping() {
+    // A key of one value for all rows separates nothing.
+    std::vector<std::wstring> keys;
+    for (const std::wstring& key : m_keyNames) {
+        if (m_source->GetColumn(key)->GetStorageName() != Column::storageVal) keys.push_back(key);
+    }
+    constexpr CompareSemantics semantics = CompareSemantics::nullsMatch;
+    if (keys.empty()) return SetGrouping(MakeRef<Grouping>(semantics));
+    if (const RefCntPtr<Exp> key = RadixGrouping::ResolveHash(*m_source, keys)) {
+        return SetGrouping(MakeRef<RadixGrouping>(semantics, key, key));
+    }
+    if (keys.size() == 1) {
+        if (RefCntPtr<Grouping> grouping = ArrayGrouping::Resolve(*m_source, keys.front(), semantics)) {
+            return SetGrouping(std::move(grouping));
+        }
+    }
+    const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, keys);
+    if (!hash) {
+        throw QVE_InvalidArgument(status::Aggr_ComputeGrouping,
+                                  "Aggr::ComputeGrouping: could not resolve hash function");
+    }
+    SetGrouping(MakeRef<HashGrouping>(semantics, hash, hash, keys, m_estimate));
+}
+
+void Aggr::ReplaceByHash() {
+    const auto key = std::find_if(m_keyPairs.begin(), m_keyPairs.end(), [](const KeyPair& pair) {
+        return pair.from->GetStorageName() != Column::storageVal;
+    });
+    const std::vector<std::wstring> names = {key->to->GetName()};
+    const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, names);
+    if (!hash) {
+        throw QVE_InvalidArgument(status::Aggr_ComputeGrouping,
+                                  "Aggr::ComputeGrouping: could not resolve hash function");
+    }
+    const auto grouping =
+        MakeRef<HashGrouping>(CompareSemantics::nullsMatch, hash, hash, names, std::max(m_estimate, 2 * m_groupCount));
+    grouping->AdoptGroups(*key->to, m_groupCount);
+    SetGrouping(grouping);
+}
+
+void Aggr::ProcessData(unsigned pageSize) {
+    if (!m_source) throw QVE_InvalidArgument(status::Aggr_ProcessData, "Aggr::ProcessData");
+    m_missList.resize(std::max<size_t>(m_missList.size(), size_t{pageSize} + 1));
+    m_insertList.resize(m_missList.size());
+    while (const unsigned extent = m_source->Next(pageSize)) {
+        const unsigned count = m_source->GetSelectionCount();
+        if (count == 0) continue;
+        const unsigned* sel = m_source->GetSelection();
+        if (m_keyPairs.empty()) BindKeys();
+        if (!m_grouping) ChooseGrouping();
+        const input_column groups = AssignGroups(count, extent, sel);
+        for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Evaluate(count, extent, sel, m_source.get());
+        Accumulate(count, groups, sel);
+        if (m_groupCount > m_groupLimit) break;
+    }
+    if (const auto hash = DynamicPtrCast<HashGrouping>(m_grouping)) {
+        hash->LogHashtableStatistics("Aggr::ProcessData : HashGrouping::InsertHash");
+    }
+}
+
+input_column Aggr::AssignGroups(unsigned count, unsigned extent, const unsigned* sel) {
+    if (m_groupIds->GetCount() < extent) {
+        const bool one = m_groupIds->GetStorageName() == Column::storageVal;
+        m_groupIds->Extend((one ? 1 : extent) - std::min<uint64_t>(m_groupIds->GetCount(), one ? 1 : extent));
+        m_groupIds->Seek(0, extent);
+    }
+    const input_column hashes = m_grouping->HashInsert(count, extent, sel, m_context.get());
+    m_groupIds->SetFlags(column_flags::not_null);
+    const output_column groups = m_groupIds->GetOutput();
+    unsigned misses = m_grouping->Probe(count, m_missList.data(), groups, hashes, sel, m_context.get());
+    while (misses > 0) {
+        if (!m_grouping->Accepts(misses, m_missList.data(), hashes)) {
+            ReplaceByHash();
+            return AssignGroups(count, extent, sel);
+        }
+        const unsigned found = m_grouping->FindInserts(misses, m_insertList.data(), m_missList.data(), hashes);
+        for (unsigned i = 0; i < found; ++i) groups.values<unsigned>()[m_insertList[i]] = m_groupCount + i;
+        m_grouping->InsertHashes(found, m_insertList.data(), hashes, m_groupCount);
+        InsertRows(found, m_insertList.data());
+        misses -= found;
+        const unsigned left = misses;
+        misses = m_grouping->Probe(left, m_missList.data(), groups, hashes, m_missList.data(), m_context.get());
+        // That the rows that were left are of one group says nothing of the page.
+        if (left > 0) m_groupIds->SetFlags(column_flags::not_null);
+    }
+    return m_groupIds->GetInput();
+}
+
+void Aggr::InsertRows(unsigned count, const unsigned* rows) {
+    if (count > mostGroups - m_groupCount) throw QVE_OverflowError(status::Aggr_InsertRows, "Aggr::InsertRows");
+    for (const KeyPair& pair : m_keyPairs) {
+        if (pair.to->IsCompressed() && pair.from->GetDict() != pair.to->GetDict()) {
+            throw QVE_LogicError(status::Aggr_InsertRows_Dictionary, "Aggr::InsertRows: dictionary replaced");
+        }
+        const unsigned* index = rows;
+        if (pair.from->GetStorageName() == Column::storageVal) {
+            if (m_firstRow.size() < count) m_firstRow.resize(count);
+            index = m_firstRow.data();
+        }
+        pair.to->Extend(count);
+        // What the page says about nulls is not true of the groups before.
+        unsigned char flags = 0;
+        output_column out = pair.to->GetOutput();
+        out.flags = &flags;
+        pair.copy(count, out, input_column{index, nullptr, sizeof(unsigned), count, column_flags::not_null},
+                  pair.from->GetInput(), nullptr);
+    }
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->GetColumn()->Append(count, false);
+    m_groupCount += count;
+    m_grouping->SetSize(m_groupCount);
+}
+
+void Aggr::InsertRow(unsigned row) {
+    InsertRows(1, &row);
+}
+
+void Aggr::Accumulate(unsigned count, input_column groups, const unsigned* sel) {
+    const bool split = (groups.flags & column_flags::constant) == 0 && m_groupCount <= GroupPartition::maxGroups &&
+                       m_aggregates.size() > 1;
+    if (!split) return FoldPage(count, groups, sel);
+    m_partition->Reset(m_groupCount, count, groups, sel);
+    for (unsigned group = 0; group < m_groupCount; ++group) {
+        if (const unsigned rows = m_partition->GetCount(group)) {
+            FoldPage(rows, m_partition->GetNumbers(group), m_partition->GetSelection(group));
+        }
+    }
+}
+
+void Aggr::FoldPage(unsigned count, input_column groups, const unsigned* sel) {
+    m_cluster.Reset(m_groupCount, count, groups, sel, 0, 0);
+    for (; m_cluster.GetCount() > 0; m_cluster.Next()) {
+        const uint64_t first = m_cluster.GetPosition();
+        const uint64_t length = std::min(m_cluster.GetLength(), m_groupCount - first);
+        for (const RefCntPtr<Exp>& aggregate : m_aggregates) {
+            aggregate->GetColumn()->Seek(first, length);
+            aggregate->Aggregate(m_cluster.GetCount(), m_cluster.GetNumbers(), m_cluster.GetSelection());
+        }
+    }
+}
+
+}  // namespace qve

@@ -1,0 +1,200 @@
+#include "algebra/ArrayGrouping.h"
+
+#include <algorithm>
+#include <bit>
+#include <cassert>
+#include <limits>
+#include <new>
+#include <type_traits>
+
+#include "algebra/direct_table.h"
+#include "storage/Column.h"
+
+namespace qve {
+
+namespace {
+
+// A range up to the floor is always taken, as untouched parts of the table cost nothing; beyond it the table may have
+// so many slots for each row that was seen, up to the ceiling (256 MiB).
+constexpr uint64_t floorSlots = uint64_t{1} << 23;
+constexpr uint64_t slotsPerRow = 16;
+constexpr uint64_t ceilingSlots = uint64_t{1} << 26;
+
+// A key of width U to its slot: the distance from the base if that is in range, else one of the two last slots.
+template <class U, bool Nulls>
+struct RangeSlot {
+    U base;
+    U slots;
+    U null;
+
+    size_t operator()(U key) const {
+        const U distance = key - base;
+        const U slot = distance < slots ? distance : slots;
+        if constexpr (Nulls) return key == null ? slots + 1 : slot;
+        return slot;
+    }
+};
+
+template <class U>
+constexpr U signBit = U{1} << (sizeof(U) * 8 - 1);
+
+template <class F>
+auto WithKeys(const input_column& hashes, F f) {
+    return hashes.width == 4 ? f(hashes.values<uint32_t>()) : f(hashes.values<uint64_t>());
+}
+
+// Calls f with the keys and the matching RangeSlot.
+template <class F>
+auto WithSlots(const input_column& hashes, uint64_t base, uint64_t slots, bool isSigned, F f) {
+    return WithKeys(hashes, [&](const auto* keys) {
+        using U = std::remove_const_t<std::remove_pointer_t<decltype(keys)>>;
+        const U null = isSigned ? signBit<U> : static_cast<U>(~U{0});
+        if (hashes.flags & column_flags::not_null) {
+            return f(keys, RangeSlot<U, false>{static_cast<U>(base), static_cast<U>(slots), null});
+        }
+        return f(keys, RangeSlot<U, true>{static_cast<U>(base), static_cast<U>(slots), null});
+    });
+}
+
+}  // namespace
+
+class ArrayGrouping::ColumnContext : public Grouping::Context {
+public:
+    ColumnContext(const Namespace* rows, const Namespace* groups, const std::wstring& key)
+        : Context(rows, groups), m_column(rows->GetColumn(key)) {}
+    input_column GetKeys() const { return m_column->GetInput(0); }
+
+private:
+    const RefCntPtr<Column> m_column;
+};
+
+ArrayGrouping::ArrayGrouping(CompareSemantics semantics, std::wstring key, bool isSigned)
+    : Grouping(semantics), m_key(std::move(key)), m_signed(isSigned) {
+    Reset(0);
+}
+ArrayGrouping::~ArrayGrouping() = default;
+
+void ArrayGrouping::Reset(unsigned size) {
+    Grouping::Reset(size);
+    m_table.reset(static_cast<unsigned*>(std::calloc(2, sizeof(unsigned))));
+    if (!m_table) throw std::bad_alloc();
+    m_slots = 0;
+    m_base = 0;
+    m_rows = 0;
+}
+
+RefCntPtr<Grouping::Context> ArrayGrouping::MakeContext(const Namespace* rows, const Namespace* groups) const {
+    return MakeRef<ColumnContext>(rows, groups, m_key);
+}
+
+input_column ArrayGrouping::HashInsert(unsigned, unsigned, const unsigned*, Context* context) const {
+    return static_cast<ColumnContext*>(context)->GetKeys();
+}
+
+input_column ArrayGrouping::HashProbe(unsigned count, unsigned extent, const unsigned* sel, Context* context) const {
+    return HashInsert(count, extent, sel, context);
+}
+
+unsigned ArrayGrouping::Probe(unsigned count, unsigned* misses, output_column groups, input_column hashes,
+                              const unsigned* sel, Context*) {
+    m_rows += count;
+    return WithSlots(hashes, m_base, m_slots, m_signed, [&](const auto* keys, auto slot) {
+        return ProbeDirect(count, misses, groups, keys, sel, m_table.get(), slot);
+    });
+}
+
+bool ArrayGrouping::Accepts(unsigned count, const unsigned* rows, input_column hashes) {
+    return WithKeys(hashes, [&](const auto* keys) {
+        // Values are compared in a form in which unsigned order is theirs: signed ones with the sign bit turned.
+        using U = std::remove_const_t<std::remove_pointer_t<decltype(keys)>>;
+        const U turn = m_signed ? signBit<U> : U{0};
+        const U null = m_signed ? U{0} : static_cast<U>(~U{0});
+        U low = std::numeric_limits<U>::max();
+        U high = 0;
+        bool any = false;
+        for (unsigned i = 0; i < count; ++i) {
+            const U key = keys[rows[i]] ^ turn;
+            if (key == null) continue;
+            low = std::min(low, key);
+            high = std::max(high, key);
+            any = true;
+        }
+        if (!any) return true;
+        const U first = static_cast<U>(m_base) ^ turn;
+        if (m_slots > 0 && low >= first && high - first < m_slots) return true;
+        const U oldLow = m_slots > 0 ? first : low;
+        const U oldHigh = m_slots > 0 ? static_cast<U>(first + (m_slots - 1)) : high;
+        uint64_t newLow = std::min(low, oldLow);
+        if (!Grow(oldLow, oldHigh, newLow, std::max(high, oldHigh), std::numeric_limits<U>::max())) return false;
+        m_base = static_cast<U>(newLow) ^ turn;
+        return true;
+    });
+}
+
+// Makes the table cover `low` to `high`, and some more on the side on which it grows; `low` becomes where it begins.
+bool ArrayGrouping::Grow(uint64_t oldLow, uint64_t oldHigh, uint64_t& low, uint64_t high, uint64_t top) {
+    const uint64_t most = std::clamp(m_rows * slotsPerRow, floorSlots, ceilingSlots);
+    if (high - low >= most) return false;
+    uint64_t spare = most - (high - low + 1);
+    if (low < oldLow) {
+        const uint64_t below = std::min({m_slots, spare, low});
+        low -= below;
+        spare -= below;
+    }
+    if (high > oldHigh) high += std::min({m_slots, spare, top - 1 - std::min(high, top - 1)});
+
+    const uint64_t slots = high - low + 1;
+    std::unique_ptr<unsigned[], Free> table(static_cast<unsigned*>(std::calloc(slots + 2, sizeof(unsigned))));
+    if (!table) throw std::bad_alloc();
+    std::copy_n(m_table.get(), m_slots, table.get() + (oldLow - low));
+    table[slots + 1] = m_table[m_slots + 1];
+    m_table = std::move(table);
+    m_slots = slots;
+    return true;
+}
+
+unsigned ArrayGrouping::FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) {
+    return WithSlots(hashes, m_base, m_slots, m_signed, [&](const auto* keys, auto slot) {
+        return FindInsertsDirect(count, inserts, retries, keys, m_table.get(), slot);
+    });
+}
+
+void ArrayGrouping::InsertHash(unsigned hash, unsigned group) {
+    const unsigned row = 0;
+    InsertHashes(1, &row, input_column{&hash, nullptr, sizeof(hash), 1, column_flags::not_null}, group);
+}
+
+void ArrayGrouping::InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) {
+    WithSlots(hashes, m_base, m_slots, m_signed,
+              [&](const auto* keys, auto slot) { InsertDirect(count, rows, keys, first, m_table.get(), slot); });
+}
+
+GroupingIdType ArrayGrouping::NameId() const {
+    return GroupingIdType::array;
+}
+
+RefCntPtr<Grouping> ArrayGrouping::Resolve(const Namespace& input, const std::wstring& key,
+                                           CompareSemantics semantics) {
+    const RefCntPtr<Column> column = input.DescribeColumn(key);
+    if (column->GetStorageName() != Column::storageCol || column->GetTokenSize() < 4) return nullptr;
+    bool isSigned = false;
+    if (column->IsCompressed()) {
+        if (!column->HasProperty(usrpropkey::distinct)) return nullptr;
+    } else {
+        switch (column->GetDataType()) {
+            case DataType::integer:
+            case DataType::duration:
+                isSigned = true;
+                break;
+            case DataType::index:
+            case DataType::date:
+            case DataType::datetime:
+                break;
+            default:
+                return nullptr;
+        }
+    }
+    return MakeRef<ArrayGrouping>(semantics, key, isSigned);
+}
+
+}  // namespace qve

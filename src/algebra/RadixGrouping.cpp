@@ -1,0 +1,104 @@
+#include "algebra/RadixGrouping.h"
+
+#include <algorithm>
+
+#include "algebra/ColumnExp.h"
+#include "algebra/HashExp.h"
+#include "algebra/direct_table.h"
+#include "storage/Column.h"
+#include "system/QuillonException.h"
+
+namespace qve {
+
+namespace {
+
+constexpr unsigned tableBits = 16;
+
+// The key is at most 16 bits, but a signed one may come sign-extended.
+struct LowBits {
+    template <class K>
+    size_t operator()(K key) const {
+        return static_cast<unsigned short>(key);
+    }
+};
+
+template <class F>
+auto WithKeys(const input_column& hashes, F f) {
+    switch (hashes.width) {
+        case 1:
+            return f(hashes.values<unsigned char>());
+        case 2:
+            return f(hashes.values<unsigned short>());
+        default:
+            return f(hashes.values<unsigned>());
+    }
+}
+
+// Whether the cells of a column stand for its values: they are the values, or tokens that are unique.
+bool CellsAreKeys(const Column& column) {
+    if (column.IsCompressed()) return column.HasProperty(usrpropkey::distinct);
+    return column.GetDataType() != DataType::real && column.GetDataType() != DataType::usr &&
+           column.GetDataType() != DataType::spatial;
+}
+
+}  // namespace
+
+RadixGrouping::RadixGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp)
+    : ExpGrouping(semantics, std::move(probeExp), std::move(buildExp)), m_table(size_t{1} << tableBits) {}
+RadixGrouping::~RadixGrouping() = default;
+
+void RadixGrouping::Reset(unsigned size) {
+    Grouping::Reset(size);
+    std::fill(m_table.begin(), m_table.end(), 0);
+}
+
+unsigned RadixGrouping::Probe(unsigned count, unsigned* misses, output_column groups, input_column hashes,
+                              const unsigned* sel, Context*) {
+    return WithKeys(hashes, [&](const auto* keys) {
+        return ProbeDirect(count, misses, groups, keys, sel, m_table.data(), LowBits());
+    });
+}
+
+unsigned RadixGrouping::FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) {
+    return WithKeys(hashes, [&](const auto* keys) {
+        return FindInsertsDirect(count, inserts, retries, keys, m_table.data(), LowBits());
+    });
+}
+
+void RadixGrouping::InsertHash(unsigned hash, unsigned group) {
+    m_table[LowBits()(hash)] = group + 1;
+}
+
+void RadixGrouping::InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) {
+    WithKeys(hashes, [&](const auto* keys) { InsertDirect(count, rows, keys, first, m_table.data(), LowBits()); });
+}
+
+GroupingIdType RadixGrouping::NameId() const {
+    return GroupingIdType::radix;
+}
+
+RefCntPtr<Exp> RadixGrouping::ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys) {
+    unsigned bits = 0;
+    for (const std::wstring& key : keys) {
+        const RefCntPtr<Column> column = input.DescribeColumn(key);
+        if (!CellsAreKeys(*column) || column->GetStorageName() != Column::storageCol) return nullptr;
+        bits += column->GetTokenSize() * 8;
+    }
+    if (keys.empty() || bits > tableBits) return nullptr;
+    if (keys.size() == 1) return MakeRef<ColumnExp>(input.DescribeColumn(keys.front()));
+
+    RefCntPtr<HashExp> packed;
+    for (const std::wstring& key : keys) {
+        const RefCntPtr<Column> column = input.DescribeColumn(key);
+        packed = MakeRef<HashExp>(L"RadixCast", packed ? L"radixgrp" : L"radixhash", MakeRef<ColumnExp>(column), true,
+                                  packed);
+    }
+    try {
+        packed->AllocateColumn(&input);
+    } catch (const QVE_InvalidArgument&) {
+        return nullptr;  // no kernel for one of the types
+    }
+    return packed;
+}
+
+}  // namespace qve

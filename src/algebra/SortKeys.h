@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "algebra/Namespace.h"
+
+namespace qve {
+
+class ProgressCallback;
+class Table;
+
+/// The sort keys of the rows of a table as one string of bits each, whose order is that of the rows: the keys one
+/// behind the other, each as wide as the difference of its largest and smallest value. A key column is read when the
+/// first bit of it is needed.
+class SortKeys {
+public:
+    /// The bits of a key string are handled in pieces of so many.
+    static constexpr unsigned chunkBits = 32;
+
+    /// Rows are counted from the start of `table`, which is built and outlives this. `progress` may be null.
+    SortKeys(const Table& table, const std::vector<Namespace::SortSpec>& specs, const ProgressCallback* progress);
+    ~SortKeys();
+
+    /// Whether the key strings reach into the chunk.
+    bool HasChunk(unsigned chunk);
+    /// For each of `count` rows: items[i] = the chunk of its key << 32 | its number. `rows` null means rows 0 to count.
+    void FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, uint64_t* items);
+    /// Whether row `a` comes before row `b`.
+    bool Less(unsigned a, unsigned b);
+
+private:
+    struct Key {
+        std::vector<uint64_t> words;
+        uint64_t low;
+        unsigned bits;
+        uint64_t first;  // bit of the string
+    };
+
+    bool Load(uint64_t bits);
+    Key LoadKey(const Namespace::SortSpec& spec) const;
+    std::vector<uint64_t> LoadWords(const Namespace::SortSpec& spec) const;
+
+    const Table& m_table;
+    const std::vector<Namespace::SortSpec> m_specs;
+    const ProgressCallback* const m_progress;
+    std::vector<Key> m_keys;
+    size_t m_loaded = 0;
+    uint64_t m_bits = 0;
+};
+
+}  // namespace qve

@@ -1,0 +1,260 @@
+#include "algebra/TableSorter.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <numeric>
+
+#include "algebra/OperatorProgressCallback.h"
+#include "algebra/SortKeys.h"
+#include "algebra/radix_sort.h"
+#include "algebra/sort_word.h"
+#include "algebra/status.h"
+#include "primitives/column_kernels.h"
+#include "storage/Column.h"
+#include "storage/stream/TempFileDataStream.h"
+#include "system/QuillonException.h"
+#include "system/unicode.h"
+#include "telemetry/LogScopeTime.h"
+
+namespace qve {
+
+namespace {
+
+// Rows that are moved between two looks at the cancelled flag.
+constexpr unsigned blockRows = 1u << 16;
+// Runs of no more rows are sorted by comparing.
+constexpr uint64_t fewRows = 24;
+
+const wchar_t* SenseName(bool descending) {
+    return descending ? L"desc" : L"asc";
+}
+
+[[noreturn]] void ThrowShort(const Column& column) {
+    throw QVE_RangeError(status::TableSorter_Rows, "TableSorter: short column " + narrow(column.GetName()));
+}
+
+// Whether the table is sorted by this column before all others.
+bool IsPrimarySort(const Column& column, bool descending) {
+    const usrprops& properties = column.GetProperties();
+    if (properties.text(usrpropkey::ordered) == SenseName(descending)) return true;
+    return properties.text(usrpropkey::sort_sense) == SenseName(descending) &&
+           properties.has(usrpropkey::sort_position) && column.GetSizeProperty(usrpropkey::sort_position) == 0;
+}
+
+// The cells of a whole column as one vector: the column's own memory, or a copy of what is stored encoded.
+class WholeColumn {
+public:
+    WholeColumn(Column& column, uint64_t start, uint64_t count, const ProgressCallback* progress) {
+        const unsigned width = column.GetTokenSize();
+        if (!column.HasProperty(usrpropkey::encoding) && column.Seek(start, count) >= count) {
+            m_view = column.GetInput();
+            return;
+        }
+        m_copy.resize(count * width);
+        for (uint64_t row = 0; row < count;) {
+            OperatorProgressCallback::Check(progress);
+            const uint64_t wanted = std::min<uint64_t>(blockRows, count - row);
+            const uint64_t rows = std::min(column.Seek(start + row, wanted), wanted);
+            if (rows == 0) ThrowShort(column);
+            std::memcpy(m_copy.data() + row * width, column.GetInput().data, rows * width);
+            row += rows;
+        }
+        m_view = column.GetInput();
+        m_view.data = m_copy.data();
+        m_view.count = static_cast<unsigned>(count);
+    }
+    const input_column& GetInput() const { return m_view; }
+
+private:
+    std::vector<char> m_copy;
+    input_column m_view;
+};
+
+}  // namespace
+
+bool TableSorter::s_useRadixSorting = true;
+
+TableSorter::TableSorter(RefCntPtr<Table> table, std::vector<Namespace::SortSpec> specs,
+                         RefCntPtr<ProgressCallback> progress)
+    : m_table(std::move(table)), m_specs(std::move(specs)), m_progress(std::move(progress)) {
+    if (!m_table) throw QVE_InvalidArgument(status::TableSorter_table, "TableSorter::m_table");
+}
+TableSorter::~TableSorter() = default;
+
+uint64_t TableSorter::GetMergeCount(uint64_t width) {
+    return DataStream::s_maxlimit / width;
+}
+
+void TableSorter::CheckCancelled() const {
+    OperatorProgressCallback::Check(m_progress.get());
+}
+
+bool TableSorter::Sort(uint64_t limit) {
+    const uint64_t rows = m_table->GetCount();
+    m_count = std::min(rows, limit);
+    m_permutation.clear();
+    if (m_specs.empty() || rows < 2 || m_count == 0 || IsSorted()) return false;
+    if (rows > std::numeric_limits<unsigned>::max()) {
+        throw QVE_RangeError(status::TableSorter_Rows, "TableSorter: too many rows: " + std::to_string(rows));
+    }
+    if (RadixSort()) return true;
+
+    const LogScopeTime time("TableSorter::Sort", 1.0, rows);
+    SortKeys keys(*m_table, m_specs, m_progress.get());
+    m_permutation.resize(rows);
+    if (!keys.HasChunk(0)) {
+        // All rows are equal.
+        m_permutation.clear();
+        return false;
+    }
+    m_items.resize(rows);
+    keys.FillChunk(0, nullptr, rows, m_items.data());
+    uint64_t candidates = rows;
+    if (m_count < rows) {
+        // Only what may come before the limit is sorted at all.
+        std::nth_element(m_items.begin(), m_items.begin() + static_cast<ptrdiff_t>(m_count - 1), m_items.end());
+        const uint64_t last = m_items[m_count - 1] >> SortKeys::chunkBits;
+        const auto end = std::partition(m_items.begin() + static_cast<ptrdiff_t>(m_count), m_items.end(),
+                                        [last](uint64_t item) { return item >> SortKeys::chunkBits <= last; });
+        candidates = static_cast<uint64_t>(end - m_items.begin());
+    }
+    for (uint64_t i = 0; i < candidates; ++i) m_permutation[i] = static_cast<unsigned>(m_items[i]);
+    m_permutation.resize(candidates);
+    m_scratch.resize(candidates);
+    SortRows(keys, 0, candidates, 0);
+    m_permutation.resize(m_count);
+    m_items = {};
+    m_scratch = {};
+    return true;
+}
+
+// Sorts the rows at the places `first` to `last`, which are equal in all chunks before this one.
+void TableSorter::SortRows(SortKeys& keys, uint64_t first, uint64_t last, unsigned chunk) {
+    if (last - first < 2 || first >= m_count || !keys.HasChunk(chunk)) return;
+    if (last - first <= fewRows) return SortFew(keys, first, last);
+    keys.FillChunk(chunk, m_permutation.data() + first, last - first, m_items.data() + first);
+    radix_sort(last - first, m_items.data() + first, m_scratch.data() + first, m_progress.get());
+    for (uint64_t i = first; i < last; ++i) m_permutation[i] = static_cast<unsigned>(m_items[i]);
+    for (uint64_t begin = first; begin < last;) {
+        const uint64_t value = m_items[begin] >> SortKeys::chunkBits;
+        uint64_t end = begin + 1;
+        while (end < last && m_items[end] >> SortKeys::chunkBits == value) ++end;
+        SortRows(keys, begin, end, chunk + 1);
+        begin = end;
+    }
+}
+
+void TableSorter::SortFew(SortKeys& keys, uint64_t first, uint64_t last) {
+    for (uint64_t i = first + 1; i < last; ++i) {
+        const unsigned row = m_permutation[i];
+        uint64_t place = i;
+        for (; place > first && keys.Less(row, m_permutation[place - 1]); --place) {
+            m_permutation[place] = m_permutation[place - 1];
+        }
+        m_permutation[place] = row;
+    }
+}
+
+// By what the columns say: in the order of all specs, or in that of a first one that leaves nothing to the others.
+bool TableSorter::IsSorted() const {
+    const RefCntPtr<Column> primary = m_table->DescribeColumn(m_specs.front().name);
+    const bool unique = primary->HasProperty(usrpropkey::unique) && primary->HasProperty(usrpropkey::not_null);
+    if ((m_specs.size() == 1 || unique) && primary->HasProperty(usrpropkey::not_null) &&
+        IsPrimarySort(*primary, m_specs.front().descending)) {
+        return true;
+    }
+    for (size_t i = 0; i < m_specs.size(); ++i) {
+        const RefCntPtr<Column> column = m_table->DescribeColumn(m_specs[i].name);
+        if (!column->HasProperty(usrpropkey::sort_position) ||
+            column->GetSizeProperty(usrpropkey::sort_position) != i ||
+            column->GetProperties().text(usrpropkey::sort_sense) != SenseName(m_specs[i].descending)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool TableSorter::IsRadixSortable() const {
+    if (!s_useRadixSorting || m_specs.size() != 1 || m_specs.front().descending) return false;
+    const RefCntPtr<Column> key = m_table->DescribeColumn(m_specs.front().name);
+    return !key->IsCompressed() && key->HasProperty(usrpropkey::unique) && key->HasProperty(usrpropkey::dense) &&
+           !IsPrimarySort(*key, false);
+}
+
+// The keys are the numbers of the places, from some first one on. That is checked, as only the properties say so.
+bool TableSorter::RadixSort() {
+    if (!IsRadixSortable()) return false;
+    const uint64_t rows = m_table->GetCount();
+    const RefCntPtr<Column> key = m_table->GetColumn(m_specs.front().name);
+    const WholeColumn cells(*key, m_table->GetStart(), rows, m_progress.get());
+    constexpr unsigned empty = ~0u;
+    std::vector<unsigned> places(rows, empty);
+    bool permuted = true;
+    const bool known = with_atom(key->GetPrimitiveType(usrpropkey::empty), [&](auto tag) {
+        using T = typename decltype(tag)::type;
+        const T* values = cells.GetInput().values<T>();
+        uint64_t low = ~uint64_t{0};
+        for (uint64_t row = 0; row < rows; ++row) low = std::min(low, sort_word(values[row]));
+        for (uint64_t row = 0; row < rows && permuted; ++row) {
+            const uint64_t place = sort_word(values[row]) - low;
+            permuted = place < rows && places[place] == empty;
+            if (permuted) places[place] = static_cast<unsigned>(row);
+        }
+    });
+    if (!known || !permuted) return false;
+    places.resize(m_count);
+    m_permutation = std::move(places);
+    return true;
+}
+
+void TableSorter::ReorderColumn(Column& source, Column& target) const {
+    if (target.IsCompressed()) target.SetDict(source.GetDict());
+    target.SetData(MakeRef<TempFileDataStream>());
+    if (source.GetStorageName() == Column::storageVal) {
+        source.Seek(0, 1);
+        target.Append(1, source.GetInput(), nullptr, false);
+        return;
+    }
+    if (m_permutation.empty()) return CopyColumn(source, target);
+
+    const WholeColumn cells(source, m_table->GetStart(), m_table->GetCount(), m_progress.get());
+    const binary_func fetch = map_fetch_ulng_col_type_col(source.GetTokenSize());
+    for (uint64_t row = 0; row < m_count; row += blockRows) {
+        CheckCancelled();
+        const auto rows = static_cast<unsigned>(std::min<uint64_t>(blockRows, m_count - row));
+        target.Extend(rows);
+        fetch(rows, target.GetOutput(),
+              input_column{m_permutation.data() + row, nullptr, sizeof(unsigned), rows, column_flags::not_null},
+              cells.GetInput(), nullptr);
+    }
+    target.Seek(0, 0);
+}
+
+void TableSorter::CopyColumn(Column& source, Column& target) const {
+    for (uint64_t row = 0; row < m_count;) {
+        CheckCancelled();
+        const uint64_t wanted = std::min<uint64_t>(blockRows, m_count - row);
+        const uint64_t rows = std::min(source.Seek(m_table->GetStart() + row, wanted), wanted);
+        if (rows == 0) ThrowShort(source);
+        target.Extend(rows);
+        std::memcpy(target.GetOutput().data, source.GetInput().data, rows * source.GetTokenSize());
+        row += rows;
+    }
+    target.Seek(0, 0);
+}
+
+void TableSorter::UpdateSortProperties(Column& column, const std::vector<Namespace::SortSpec>& specs) {
+    for (const usrpropkey key : {usrpropkey::ordered, usrpropkey::sort_position, usrpropkey::sort_sense}) {
+        column.ClearProperty(key);
+    }
+    for (size_t i = 0; i < specs.size(); ++i) {
+        if (specs[i].name != column.GetName()) continue;
+        column.SetProperty(usrpropkey::sort_position, std::to_wstring(i));
+        column.SetProperty(usrpropkey::sort_sense, SenseName(specs[i].descending));
+        if (i == 0) column.SetProperty(usrpropkey::ordered, SenseName(specs[i].descending));
+        return;
+    }
+}
+
+}  // namespace qve
