@@ -9,7 +9,8 @@ namespace qve {
 // "type" means plain values, "usr" tokens of a heap: where source and target have different heaps the value is read
 // from the one and put into the other, else the token is copied.
 
-/// out[i] = source[index[i]]; arguments: index, source. An all-ones index gives a null.
+/// out[i] = source[index[i]]; arguments: index, source. An index beyond source.count, as an all-ones one, gives the
+/// all-ones pattern of the width. Where the null of the type must come, take the "fetch" of that type.
 binary_func map_fetch_ulng_col_type_col(unsigned long width);
 binary_func map_fetch_ulng_col_usr_col(unsigned long width);
 binary_func map_fetch_oid_col_type_col(unsigned long width);
@@ -27,8 +28,8 @@ unary_func map_idx_col_idx_col(unsigned long from, unsigned long to);
 /// out[index[i]] = a[i]; arguments: a, index. Serves to scatter rows to places of their own.
 binary_func map_any_type_col_ulng_col(unsigned long width);
 
-/// out[group[i]] = a[i]: any value of the group, the last one seen that is not null; arguments: a, group index. Plain
-/// values take the all-ones pattern of the width for null.
+/// out[group[i]] = a[i] where the group has no value yet: any value of the group that is not null; arguments: a, group
+/// index. Plain values take the all-ones pattern of the width for null.
 binary_func agg_any_type_col_uidx_col(unsigned long width);
 binary_func agg_any_usr_col_uidx_col(unsigned long width);
 

@@ -1,0 +1,179 @@
+#pragma once
+
+#include <array>
+
+#include "primitives/capacity.h"
+#include "primitives/groups.h"
+#include "primitives/kernel_table.h"
+#include "primitives/vector_level.h"
+
+namespace qve {
+
+// How an aggregate of one argument walks its vectors. What it computes is the operation Op, a monoid:
+//
+//   template <class P> static constexpr P identity()       what changes nothing when merged
+//   template <class P> static P merge(P left, P right)     of two partial results; the order of merging is fixed, so
+//   that
+//                                                          every vector level gives the same floating-point sum
+//   template <class P, class A> static P lift(A value)     the partial result of one value
+//   starts_null                                            true when a group without a value is null, false when it is
+//                                                          the identity
+//
+// The result R of a group is a partial result, or null.
+
+template <class Op, class R, class View>
+struct aggregate_kernel {
+    using A = typename View::atom;
+    static constexpr unsigned lanes = 8;
+    /// Up to this many groups each row's group gets its own accumulator in one of four copies, so that rows of one
+    /// group in a row do not wait for each other.
+    static constexpr unsigned few_groups = 64;
+    static constexpr unsigned copies = 4;
+
+    struct partial {
+        R value = Op::template identity<R>();
+        bool seen = false;
+    };
+
+    template <bool Nulls>
+    [[gnu::always_inline]] static R lifted(A x) {
+        const R value = Op::template lift<R>(x);
+        if constexpr (Nulls) return is_null(x) ? Op::template identity<R>() : value;
+        return value;
+    }
+
+    /// All rows as one group.
+    template <bool Nulls>
+    [[gnu::always_inline]] static partial reduce(unsigned n, View a, unsigned const* sel) {
+        R parts[lanes];
+        unsigned_of<R> seen[lanes] = {};
+        for (unsigned l = 0; l < lanes; ++l) parts[l] = Op::template identity<R>();
+        unsigned k = 0;
+        for (; k + lanes <= n; k += lanes) {
+            for (unsigned l = 0; l < lanes; ++l) {
+                const A x = a[sel ? sel[k + l] : k + l];
+                parts[l] = Op::merge(parts[l], lifted<Nulls>(x));
+                if constexpr (Nulls) seen[l] = static_cast<unsigned_of<R>>(seen[l] | !is_null(x));
+            }
+        }
+        for (; k < n; ++k) {
+            const A x = a[sel ? sel[k] : k];
+            parts[0] = Op::merge(parts[0], lifted<Nulls>(x));
+            if constexpr (Nulls) seen[0] = static_cast<unsigned_of<R>>(seen[0] | !is_null(x));
+        }
+        for (unsigned half = lanes / 2; half; half /= 2) {
+            for (unsigned l = 0; l < half; ++l) {
+                parts[l] = Op::merge(parts[l], parts[l + half]);
+                seen[l] = static_cast<unsigned_of<R>>(seen[l] | seen[l + half]);
+            }
+        }
+        return {parts[0], !Nulls || seen[0]};
+    }
+    static partial reduce_nulls(unsigned n, View a) { return reduce<true>(n, a, nullptr); }
+    static partial reduce_whole(unsigned n, View a) { return reduce<false>(n, a, nullptr); }
+    [[gnu::target("sse4.1")]] static partial reduce_nulls_sse41(unsigned n, View a) {
+        return reduce<true>(n, a, nullptr);
+    }
+    [[gnu::target("avx2")]] static partial reduce_nulls_avx2(unsigned n, View a) { return reduce<true>(n, a, nullptr); }
+    [[gnu::target("avx2")]] static partial reduce_whole_avx2(unsigned n, View a) {
+        return reduce<false>(n, a, nullptr);
+    }
+
+    static partial reduce_rows(unsigned n, View a, unsigned const* sel) {
+        if (sel) return reduce<true>(n, a, sel);
+        const vector_level level = current_vector_level();
+        if (level == vector_level::avx2) return a.whole ? reduce_whole_avx2(n, a) : reduce_nulls_avx2(n, a);
+        if (a.whole) return reduce_whole(n, a);
+        return level == vector_level::sse41 ? reduce_nulls_sse41(n, a) : reduce_nulls(n, a);
+    }
+
+    /// Folds a partial result into a group's accumulator.
+    [[gnu::always_inline]] static R folded(R accumulator, R value, bool seen) {
+        if constexpr (Op::starts_null) {
+            const R sum = is_null(accumulator) ? value : Op::merge(accumulator, value);
+            return seen ? sum : accumulator;
+        } else {
+            return Op::merge(accumulator, value);
+        }
+    }
+
+    template <bool Nulls>
+    static void fold_few(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel, unsigned highest) {
+        std::array<std::array<partial, few_groups>, copies> parts;
+        for (auto& copy : parts) std::fill_n(copy.begin(), highest + 1, partial());
+        const auto fold = [&](unsigned copy, unsigned k) [[gnu::always_inline]] {
+            const unsigned i = sel ? sel[k] : k;
+            const A x = a[i];
+            partial& part = parts[copy][groups[i]];
+            part.value = Op::merge(part.value, lifted<Nulls>(x));
+            part.seen |= !Nulls || !is_null(x);
+        };
+        unsigned k = 0;
+        for (; k + copies <= n; k += copies) {
+            for (unsigned copy = 0; copy < copies; ++copy) fold(copy, k + copy);
+        }
+        for (; k < n; ++k) fold(0, k);
+        for (unsigned g = 0; g <= highest; ++g) {
+            const R left = Op::merge(parts[0][g].value, parts[1][g].value);
+            const R right = Op::merge(parts[2][g].value, parts[3][g].value);
+            const bool seen = parts[0][g].seen | parts[1][g].seen | parts[2][g].seen | parts[3][g].seen;
+            out[g] = folded(out[g], Op::merge(left, right), seen);
+        }
+    }
+
+    static void fold_many(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel) {
+        for (unsigned k = 0; k < n; ++k) {
+            const unsigned i = sel ? sel[k] : k;
+            const A x = a[i];
+            R& accumulator = out[groups[i]];
+            accumulator = folded(accumulator, lifted<true>(x), !is_null(x));
+        }
+    }
+
+    template <bool ConstantGroup>
+    static unsigned run(unsigned n, output_column out, input_column a, input_column groups, unsigned const* sel) {
+        rows_that_fit(n, out.width == sizeof(R) && View::fits(a) && groups.width == sizeof(unsigned));
+        if (n == 0) return 0;
+        const View values(a);
+        R* accumulators = out.values<R>();
+        unsigned const* group = groups.values<unsigned>();
+        if (ConstantGroup || groups.flags & column_flags::constant) {
+            rows_that_fit(n, *group < out.limit);
+            const partial part = reduce_rows(n, values, sel);
+            accumulators[*group] = folded(accumulators[*group], part.value, part.seen);
+        } else {
+            const unsigned highest = highest_group(n, group, sel);
+            rows_that_fit(n, highest < out.limit);
+            if (highest < few_groups && n >= few_groups) {
+                values.whole ? fold_few<false>(n, accumulators, values, group, sel, highest)
+                             : fold_few<true>(n, accumulators, values, group, sel, highest);
+            } else {
+                fold_many(n, accumulators, values, group, sel);
+            }
+        }
+        if (!Op::starts_null && out.flags) *out.flags |= column_flags::not_null;
+        return n;
+    }
+};
+
+/// Enters the aggregates of Op; the last mode is that of the group index.
+template <class Op>
+struct aggregate_maker {
+    template <class R, class A, template <class> class View, template <class> class Group>
+    static constexpr auto entry(sig<R, A>, mode<View, Group>) {
+        using kernel = aggregate_kernel<Op, kernel_atom<Op, R>, View<kernel_atom<Op, A>>>;
+        return kernel_entry<binary_func>{&kernel::template run<is_val<Group<unsigned>>>,
+                                         type_name<R>,
+                                         {type_name<A>, L"ulng"},
+                                         {View<A>::storage, Group<unsigned>::storage}};
+    }
+};
+
+template <class Op, class Sigs>
+class register_aggregate : public registration {
+public:
+    explicit register_aggregate(const wchar_t* name = Op::name)
+        : registration(primitive::klassAggregate, name, kernel_span(kernel_table<aggregate_maker<Op>, Sigs, modes2>)) {}
+};
+
+}  // namespace qve

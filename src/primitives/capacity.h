@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+
+#include "types/output_column.h"
+
+namespace qve {
+
+/// Returns `n` when `fits` is true; otherwise stops the program by an arithmetic trap. A kernel asked for more rows
+/// than its output holds must end here and never run over. The volatile keeps the division: without it compilers see
+/// that a divisor of 0 is undefined, and drop the test.
+inline unsigned rows_that_fit(unsigned n, bool fits) {
+    volatile unsigned divisor = fits;
+    return n / divisor;
+}
+
+/// The capacity stop of maps: `n` rows, or the rows that `sel` lists in ascending order, of `width` bytes each.
+inline unsigned rows_that_fit(unsigned n, const output_column& out, uint64_t width, unsigned const* sel) {
+    const bool fits = out.width == width && out.limit >= n && (n == 0 || !sel || sel[n - 1] < out.limit);
+    return rows_that_fit(n, fits);
+}
+
+}  // namespace qve

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <limits>
+
+#include "primitives/aggregate_kernel.h"
+#include "primitives/text_aggregate.h"
+
+namespace qve {
+
+/// A NaN that is not null is above every number, so that the extreme of a group does not depend on the order of its
+/// rows.
+template <class T>
+[[gnu::always_inline]] constexpr bool value_less(T x, T y) {
+    if constexpr (std::is_floating_point_v<T>) {
+        return (x < y) | ((y != y) & (x == x));
+    } else {
+        return x < y;
+    }
+}
+
+/// The least value, or the greatest.
+template <bool Greatest>
+struct extreme {
+    static constexpr bool starts_null = true;
+    static constexpr text_pick pick = Greatest ? text_pick::greatest : text_pick::least;
+
+    template <class P>
+    static constexpr P identity() {
+        using raw_type = typename datatraits<P>::raw;
+        using limits = std::numeric_limits<raw_type>;
+        if constexpr (limits::has_infinity) {
+            return Greatest ? -limits::infinity() : limits::quiet_NaN();
+        } else {
+            return from_raw<P>(Greatest ? limits::min() : limits::max());
+        }
+    }
+    template <class P>
+    [[gnu::always_inline]] static P merge(P left, P right) {
+        const bool take = Greatest ? value_less(raw(left), raw(right)) : value_less(raw(right), raw(left));
+        return take ? right : left;
+    }
+    template <class P, class A>
+    [[gnu::always_inline]] static P lift(A value) {
+        return value;
+    }
+    template <class T>
+    using kernel_atom = equivalent<T>;
+};
+
+template <class T>
+using extreme_sig = sig<T, T>;
+using extreme_signatures = for_each_atom<extreme_sig, plain_atoms>;
+using extreme_text_signatures = for_each_atom<extreme_sig, usr_atoms>;
+
+/// Registers the aggregate of Op over plain values and over text.
+template <class Op>
+class register_extreme : public registration {
+public:
+    explicit register_extreme(const wchar_t* name) {
+        add(primitive::klassAggregate, name,
+            kernel_span(kernel_table<aggregate_maker<Op>, extreme_signatures, modes2>));
+        add(primitive::klassAggregate, name,
+            kernel_span(kernel_table<text_aggregate_maker<Op::pick>, extreme_text_signatures, modes2>));
+    }
+};
+
+}  // namespace qve

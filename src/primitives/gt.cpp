@@ -1,0 +1,21 @@
+#include "primitives/comparison.h"
+
+namespace qve {
+namespace {
+
+struct gt_op {
+    static constexpr const wchar_t* name = L"gt";
+    static constexpr bool equality = false;
+    template <class T>
+    [[gnu::always_inline]] static bool holds(T a, T b) {
+        return a > b;
+    }
+};
+
+const register_comparison<gt_op, strict_comparison> registered;
+
+}  // namespace
+
+void define_gt() {}
+
+}  // namespace qve

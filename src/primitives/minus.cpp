@@ -1,0 +1,60 @@
+#include "primitives/arithmetic.h"
+#include "primitives/map_kernel.h"
+
+namespace qve {
+namespace {
+
+struct minus_op {
+    static constexpr const wchar_t* name = L"minus";
+    static constexpr bool vectorised = true;
+    template <class R, class A, class B>
+    static constexpr bool makes_nulls = is_time<A> || sum_may_wrap<R, A, B>;
+
+    template <class R, class A, class B>
+    [[gnu::always_inline]] static R apply(A a, B b) {
+        if constexpr (std::is_same_v<R, date>) {
+            return moved(a, -static_cast<long long>(limited(b)));
+        } else if constexpr (std::is_same_v<A, date> && std::is_same_v<B, date>) {
+            return static_cast<int>(a.value - b.value);
+        } else if constexpr (std::is_same_v<A, datetime> && std::is_same_v<B, datetime>) {
+            return static_cast<double>(static_cast<long long>(a.value - b.value)) / static_cast<double>(ticks_per_day);
+        } else if constexpr (std::is_same_v<R, duration>) {
+            return {static_cast<long long>(static_cast<unsigned long long>(a.value) -
+                                           static_cast<unsigned long long>(b.value))};
+        } else if constexpr (std::is_same_v<A, date>) {
+            return moved(midnight(a), reversed(days_in_ticks(b)));
+        } else if constexpr (std::is_same_v<B, duration>) {
+            return moved(a, reversed(b));
+        } else if constexpr (std::is_same_v<A, datetime>) {
+            return moved(a, reversed(days_in_ticks(b)));
+        } else {
+            return static_cast<R>(static_cast<wrapping<R>>(a) - static_cast<wrapping<R>>(b));
+        }
+    }
+
+private:
+    // No date is moved this far; so the number can be negated.
+    static constexpr long long limited(long long days) {
+        constexpr long long limit = 1LL << 40;
+        return days < -limit ? -limit : days > limit ? limit : days;
+    }
+};
+
+template <class T>
+using moved_date = sig<date, date, T>;
+template <class T>
+using moved_datetime = sig<datetime, datetime, T>;
+
+using minus_signatures = joined<for_each_pair<sum_sig, number_atoms>, for_each_atom<moved_date, signed_atoms>,
+                                signatures<sig<datetime, date, float>, sig<datetime, date, double>>,
+                                for_each_atom<moved_datetime, number_atoms>,
+                                signatures<sig<int, date, date>, sig<double, datetime, datetime>,
+                                           sig<datetime, datetime, duration>, sig<duration, duration, duration>>>;
+
+const register_maps<minus_op, minus_signatures, modes2> registered;
+
+}  // namespace
+
+void define_minus() {}
+
+}  // namespace qve
