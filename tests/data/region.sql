@@ -1,0 +1,1 @@
+create table region (name text, manager text, opened text, target real);
