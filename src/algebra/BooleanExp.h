@@ -17,22 +17,31 @@ public:
     BooleanExp(const std::wstring& name, const std::wstring& op, RefCntPtr<Exp> left, RefCntPtr<Exp> right);
     BooleanExp(const std::wstring& name, const std::wstring& op, Arguments arguments);
 
+    /// Arguments are of type "bit", or select nodes; with a select node among them only Select can be called. Raises
+    /// 40048.
     RefCntPtr<Column> AllocateColumn(const Namespace* input) override;
-    /// Of an and whose arguments can be selected by, each narrows what the one before left.
+    /// Rows are passed on from argument to argument as long as they are undecided.
     unsigned Select(unsigned count, unsigned extent, unsigned* out, const unsigned* sel,
                     const Namespace* input) override;
     void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
 
 private:
-    /// Raises 40048 "BooleanExp::MakeColumn: Non-Boolean argument".
     void MakeColumn();
     bool IsAnd() const { return m_op == opAnd; }
-    unsigned Undecided(output_column out, unsigned count, const unsigned* sel);
+    /// Evaluates an argument for these rows; a constant one only the first time.
+    input_column EvaluateArgument(size_t argument, unsigned count, unsigned extent, const unsigned* sel,
+                                  const Namespace* input);
+    /// Whether the rows pass a constant argument.
+    bool ConstantPasses(size_t argument, const Namespace* input);
+    unsigned SelectAll(unsigned count, unsigned extent, unsigned* out, const unsigned* sel, const Namespace* input);
+    unsigned SelectAny(unsigned count, unsigned extent, unsigned* out, const unsigned* sel, const Namespace* input);
 
-    unsigned m_nextConstant = 0;
-    std::vector<binary_func> m_combiners;  // by argument: result with that argument
+    std::vector<binary_func> m_combiners;    // by argument: the result so far with that argument
+    std::vector<unsigned char> m_evaluated;  // by argument, of the constant ones
+    std::vector<signed char> m_passes;       // likewise: 1 when true, 0 when not, -1 before it is known
     std::vector<unsigned> m_undecided;
-    std::vector<bool> m_evaluated;
+    std::vector<unsigned> m_hits;
+    std::vector<unsigned char> m_marks;  // by row of the page: it passes
 };
 
 }  // namespace qve

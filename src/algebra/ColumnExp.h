@@ -27,8 +27,6 @@ public:
 protected:
     ColumnExp(const std::wstring& name, const std::wstring& columnName);
 
-    void BindTo(const RefCntPtr<Column>& source);
-
 private:
     void ShareSource();
 

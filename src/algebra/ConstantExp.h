@@ -12,9 +12,7 @@ class ConstantExp : public Exp {
 public:
     explicit ConstantExp(const usratom& atom);
     ConstantExp(const std::wstring& name, const usratom& atom);
-    /// The value as a token of the dictionary of `column`, to be compared with that column by token. A value that the
-    /// dictionary does not hold becomes a token that no row of it has.
-    ConstantExp(const usratom& atom, const Column& column);
+    ~ConstantExp() override;
 
     void Accept(ExpVisitor& visitor) override;
     RefCntPtr<Column> AllocateColumn(const Namespace* input) override;
@@ -30,8 +28,9 @@ public:
     /// The properties of a column that can hold the atom.
     static usrprops AtomProperties(const usratom& atom);
 
-private:
-    void MakeColumn(const std::wstring& name, const usratom& atom);
+protected:
+    /// Over a column of storage "val" that holds the value.
+    explicit ConstantExp(RefCntPtr<Column> value);
 };
 
 }  // namespace qve

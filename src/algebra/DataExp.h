@@ -12,6 +12,10 @@ public:
     void Accept(ExpVisitor& visitor) override;
     RefCntPtr<Column> AllocateColumn(const Namespace* input) override;
     input_column GetResult() const override;
+    void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
+
+private:
+    bool m_bound = false;
 };
 
 }  // namespace qve

@@ -20,6 +20,11 @@ public:
 
     const RefCntPtr<HashExp>& GetPrevious() const { return m_previous; }
 
+protected:
+    bool IsFunctionOfValues() const override { return !m_previous; }
+    /// Each row has a hash of its own, for the next link to fold into.
+    bool GivesSingleResult() const override { return false; }
+
 private:
     const RefCntPtr<HashExp> m_previous;
 };

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "algebra/PrimitiveExp.h"
 
 namespace qve {
-
-class TokenMemo;
 
 /// A call of a map kernel without arguments, as "random"; drawn anew for each row.
 class MapNullaryExp : public PrimitiveExp {
@@ -23,12 +20,10 @@ private:
 class MapUnaryExp : public PrimitiveExp {
 public:
     MapUnaryExp(const std::wstring& name, const std::wstring& op, RefCntPtr<Exp> argument, bool tokens = true);
-    ~MapUnaryExp() override;
     void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
 
 private:
     unary_func m_function = nullptr;
-    std::unique_ptr<TokenMemo> m_memo;
 };
 
 /// A call of a map kernel of two arguments.
@@ -36,12 +31,10 @@ class MapBinaryExp : public PrimitiveExp {
 public:
     MapBinaryExp(const std::wstring& name, const std::wstring& op, RefCntPtr<Exp> left, RefCntPtr<Exp> right,
                  bool tokens = true);
-    ~MapBinaryExp() override;
     void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
 
 private:
     binary_func m_function = nullptr;
-    std::unique_ptr<TokenMemo> m_memo;
 };
 
 /// A call of a map kernel of three arguments.
@@ -49,12 +42,10 @@ class MapTrinaryExp : public PrimitiveExp {
 public:
     MapTrinaryExp(const std::wstring& name, const std::wstring& op, RefCntPtr<Exp> first, RefCntPtr<Exp> second,
                   RefCntPtr<Exp> third, bool tokens = true);
-    ~MapTrinaryExp() override;
     void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
 
 private:
     ternary_func m_function = nullptr;
-    std::unique_ptr<TokenMemo> m_memo;
 };
 
 }  // namespace qve

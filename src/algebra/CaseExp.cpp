@@ -1,0 +1,246 @@
+#include "algebra/CaseExp.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "algebra/CastExp.h"
+#include "algebra/ConstantExp.h"
+#include "algebra/ExpVisitor.h"
+#include "algebra/TokenTranslator.h"
+#include "algebra/status.h"
+#include "primitives/column_kernels.h"
+#include "storage/Column.h"
+#include "storage/stream/TempFileDataStream.h"
+#include "system/QuillonException.h"
+#include "types/usrtype.h"
+
+namespace qve {
+
+namespace {
+
+bool IsNullLiteral(const Exp& exp) {
+    const auto* constant = dynamic_cast<const ConstantExp*>(&exp);
+    return constant && constant->IsNull();
+}
+
+}  // namespace
+
+CaseExp::CaseExp(const std::wstring& name, RefCntPtr<Exp> when, RefCntPtr<Exp> then, RefCntPtr<Exp> otherwise)
+    : CaseExp(name, Arguments{std::move(when), std::move(then), std::move(otherwise)}) {}
+
+CaseExp::CaseExp(const std::wstring& name, Arguments arguments) : Exp(name, std::move(arguments)) {}
+
+CaseExp::~CaseExp() = default;
+
+void CaseExp::Accept(ExpVisitor& visitor) {
+    visitor.VisitCaseExp(*this);
+}
+
+std::wstring CaseExp::GetPrimitiveName() const {
+    return opCase;
+}
+
+RefCntPtr<Column> CaseExp::AllocateColumn(const Namespace* input) {
+    if (m_bound) return m_column;
+    Exp::AllocateColumn(input);
+    MakeColumn(input);
+    m_bound = true;
+    return m_column;
+}
+
+// The values in the common type of those that are not a literal null, for which each type has a null of its own.
+void CaseExp::MakeBranches(const Namespace* input) {
+    const size_t conditions = m_arguments.size() / 2;
+    std::vector<RefCntPtr<Exp>> values;
+    for (size_t i = 0; i < conditions; ++i) values.push_back(m_arguments[2 * i + 1]);
+    values.push_back(m_arguments.size() % 2 ? m_arguments.back() : nullptr);
+
+    RefCntPtr<Exp> typed;
+    const usrtype* common = nullptr;
+    for (const RefCntPtr<Exp>& value : values) {
+        if (!value || (IsNullLiteral(*value) && m_arguments.size() > 1)) continue;
+        const usrprops& properties = value->GetProperties();
+        common = common ? CommonType(common->properties(), properties) : usrtype::resolve(properties);
+    }
+    if (!common)
+        common = values.front() ? values.front()->GetColumn()->GetType() : values.back()->GetColumn()->GetType();
+    typed = MakeRef<ConstantExp>(common->null());
+    for (RefCntPtr<Exp>& value : values) {
+        if (value && IsNullLiteral(*value)) value.reset();
+        if (value && value->GetColumn()->GetType() != common) {
+            value = MakeRef<CastExp>(value->GetName(), value, typed);
+            value->AllocateColumn(input);
+        }
+        m_branches.emplace_back();
+        m_branches.back().value = value;
+    }
+    usrprops properties = common->properties();
+    properties.set(usrpropkey::name, GetName());
+    m_column = MakeRef<Column>(std::move(properties));
+}
+
+RefCntPtr<Column> CaseExp::FindSharedDictionary() const {
+    RefCntPtr<Column> shared;
+    for (const Branch& branch : m_branches) {
+        if (!branch.value) continue;
+        const RefCntPtr<Column>& column = branch.value->GetColumn();
+        if (shared && (column->GetDict() != shared->GetDict() || column->GetTokenSize() != shared->GetTokenSize())) {
+            return nullptr;
+        }
+        shared = column;
+    }
+    return shared;
+}
+
+void CaseExp::MakeColumn(const Namespace* input) {
+    m_single = true;
+    m_isConstant = true;
+    for (size_t i = 0; i + 1 < m_arguments.size(); i += 2) {
+        if (m_arguments[i]->GetPrimitiveType(usrpropkey::empty) != L"bit") {
+            throw QVE_InvalidArgument(status::CaseExp_MakeColumn, "CaseExp::MakeColumn: Non-Boolean condition");
+        }
+    }
+    for (const RefCntPtr<Exp>& argument : m_arguments) {
+        m_single = m_single && argument->GetPrimitiveStorage() == Column::storageVal;
+        m_isConstant = m_isConstant && argument->IsConstant();
+    }
+    MakeBranches(input);
+    m_evaluated.assign(m_branches.size(), 0);
+
+    usrprops properties = m_column->GetProperties();
+    if (m_single) properties.set(usrpropkey::storagetype, Column::storageVal);
+    RefCntPtr<DataStream> dictionary;
+    if (!m_column->GetType()->fixed()) {
+        properties.set(usrpropkey::compression, L"heap");
+        if (const RefCntPtr<Column> shared = FindSharedDictionary()) {
+            for (const usrpropkey key : {usrpropkey::storagewidth, usrpropkey::distinct, usrpropkey::comparable,
+                                         usrpropkey::compression, usrpropkey::dictionary_column_name}) {
+                if (const std::wstring* value = shared->GetProperties().get(key)) properties.set(key, *value);
+            }
+            dictionary = shared->GetDict();
+        } else {
+            properties.set(usrpropkey::distinct, true);
+            dictionary = MakeRef<TempFileDataStream>();
+        }
+    }
+    m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>(), dictionary);
+    for (Branch& branch : m_branches) {
+        if (branch.value && dictionary && branch.value->GetColumn()->GetDict() != dictionary) {
+            branch.translator = std::make_unique<TokenTranslator>(m_column->GetTokenSize());
+        }
+    }
+}
+
+input_column CaseExp::EvaluateCondition(size_t condition, unsigned count, unsigned extent, const unsigned* sel,
+                                        const Namespace* input) {
+    Exp& exp = *m_arguments[2 * condition];
+    if (!exp.IsConstant()) {
+        exp.Evaluate(count, extent, sel, input);
+    } else if (!m_evaluated[condition]) {
+        exp.Evaluate(1, 1, nullptr, input);
+        m_evaluated[condition] = 1;
+    }
+    return exp.GetResult();
+}
+
+void CaseExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
+    if (m_single) {
+        count = extent = 1;
+        sel = nullptr;
+    }
+    if (EvaluatePage(count, extent, sel, input)) return;
+    UseOwnDictionary();
+    EvaluatePage(count, extent, sel, input);
+}
+
+// The values no longer share a dictionary, as they did when the node was bound.
+void CaseExp::UseOwnDictionary() {
+    m_column->ClearProperty(usrpropkey::storagewidth);
+    m_column->SetDict(MakeRef<TempFileDataStream>());
+    m_column->SetData(MakeRef<TempFileDataStream>());
+    for (Branch& branch : m_branches) {
+        if (branch.value) branch.translator = std::make_unique<TokenTranslator>(m_column->GetTokenSize());
+    }
+}
+
+bool CaseExp::EvaluatePage(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
+    const output_column out = ReserveBuffer(extent);
+    *out.flags &= static_cast<unsigned char>(~column_flags::not_null);
+    m_hits.resize(std::max<size_t>(m_hits.size(), extent + size_t{1}));
+    m_rest.resize(m_hits.size());
+
+    for (size_t i = 0; i + 1 < m_branches.size() && count > 0; ++i) {
+        const input_column condition = EvaluateCondition(i, count, extent, sel, input);
+        const auto* bits = condition.values<unsigned char>();
+        const unsigned step = m_arguments[2 * i]->GetPrimitiveStorage() == Column::storageVal ? 0 : 1;
+        unsigned hits = 0;
+        unsigned rest = 0;
+        for (unsigned k = 0; k < count; ++k) {
+            const unsigned row = sel ? sel[k] : k;
+            const unsigned hit = bits[row * step] & 1;
+            m_hits[hits] = row;
+            m_rest[rest] = row;
+            hits += hit;
+            rest += hit ^ 1;
+        }
+        if (hits == count) {
+            return CopyBranch(m_branches[i], out, count, extent, sel, input);
+        }
+        if (!CopyBranch(m_branches[i], out, hits, extent, m_hits.data(), input)) return false;
+        if (hits > 0) sel = m_rest.data();
+        count = rest;
+    }
+    return CopyBranch(m_branches.back(), out, count, extent, sel, input);
+}
+
+bool CaseExp::CopyBranch(Branch& branch, const output_column& out, unsigned count, unsigned extent, const unsigned* sel,
+                         const Namespace* input) {
+    if (count == 0) return true;
+    if (!branch.value) {
+        CopyNull(out, count, sel);
+        return true;
+    }
+    Exp& value = *branch.value;
+    if (!value.IsConstant()) {
+        value.Evaluate(count, extent, sel, input);
+    } else if (!branch.evaluated) {
+        value.Evaluate(1, 1, nullptr, input);
+        branch.evaluated = true;
+    }
+    const bool single = value.GetPrimitiveStorage() == Column::storageVal;
+    input_column from = value.GetResult();
+    const output_column to{out.data, nullptr, out.width, out.limit, nullptr};
+    const Column& column = *value.GetColumn();
+    if (branch.translator) {
+        if (!single) {
+            branch.translator->Translate(count, sel, column, from, *m_column, out);
+            return true;
+        }
+        // One token for all rows goes through a cell of its own.
+        char cell[sizeof(uint64_t)];
+        unsigned char flags = 0;
+        const output_column one{cell, out.heap, out.width, 1, &flags};
+        branch.translator->Translate(1, nullptr, column, from, *m_column, one);
+        map_type_type_val(out.width)(count, to, input_column{cell, nullptr, out.width, 1, 0}, sel);
+        return true;
+    }
+    if (m_column->IsCompressed() &&
+        (column.GetDict() != m_column->GetDict() || column.GetTokenSize() != m_column->GetTokenSize())) {
+        return false;
+    }
+    from.heap = nullptr;
+    const unary_func copy = single ? map_type_type_val(out.width) : map_type_type_col(out.width);
+    copy(count, to, from, sel);
+    return true;
+}
+
+void CaseExp::CopyNull(const output_column& out, unsigned count, const unsigned* sel) const {
+    char null[sizeof(uint64_t)];
+    std::memset(null, 0xFF, sizeof(null));  // of tokens
+    const usrtype* type = m_column->GetType();
+    if (type->fixed()) std::memcpy(null, type->null_bytes().data(), std::min(sizeof(null), type->null_bytes().size()));
+    const output_column to{out.data, nullptr, out.width, out.limit, nullptr};
+    map_type_type_val(out.width)(count, to, input_column{null, nullptr, out.width, 1, 0}, sel);
+}
+
+}  // namespace qve

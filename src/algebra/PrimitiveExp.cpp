@@ -1,0 +1,168 @@
+#include "algebra/PrimitiveExp.h"
+
+#include <algorithm>
+
+#include "algebra/DictionaryConstantExp.h"
+#include "algebra/ExpVisitor.h"
+#include "algebra/status.h"
+#include "primitives/primitive_directory.h"
+#include "primitives/primitive_result.h"
+#include "storage/Column.h"
+#include "storage/stream/TempFileDataStream.h"
+#include "system/QuillonException.h"
+#include "system/unicode.h"
+#include "types/usrtype.h"
+
+namespace qve {
+
+PrimitiveExp::PrimitiveExp(const std::wstring& name, std::wstring klass, std::wstring op, Arguments arguments,
+                           bool tokens)
+    : Exp(name, std::move(arguments)), m_klass(std::move(klass)), m_op(std::move(op)), m_tokens(tokens) {}
+
+PrimitiveExp::~PrimitiveExp() = default;
+
+void PrimitiveExp::Accept(ExpVisitor& visitor) {
+    visitor.VisitPrimitiveExp(*this);
+}
+
+std::wstring PrimitiveExp::GetPrimitiveName() const {
+    return m_primitive ? m_primitive->name() : std::wstring();
+}
+
+RefCntPtr<Column> PrimitiveExp::AllocateColumn(const Namespace* input) {
+    if (m_bound) return m_column;
+    Exp::AllocateColumn(input);
+    MakePrimitiveColumn();
+    m_bound = true;
+    return m_column;
+}
+
+// Tokens of different dictionaries do not compare.
+bool PrimitiveExp::ShareOneDictionary() const {
+    const DataStream* shared = nullptr;
+    for (const RefCntPtr<Exp>& operand : m_operands) {
+        const Column& column = *operand->GetColumn();
+        if (!column.IsCompressed()) continue;
+        const DataStream* dictionary = column.GetDict().get();
+        if (shared && dictionary != shared) return false;
+        shared = dictionary;
+    }
+    return true;
+}
+
+void PrimitiveExp::BindConstantToDictionary(usrpropkey key) {
+    if (key != usrpropkey::distinct || m_operands.size() != 2) return;
+    for (size_t i = 0; i < 2; ++i) {
+        const auto constant = DynamicPtrCast<ConstantExp>(m_operands[i]);
+        const RefCntPtr<Column>& column = m_operands[1 - i]->GetColumn();
+        if (!constant || m_operands[1 - i]->IsConstant()) continue;
+        if (!column->IsCompressed() || !column->HasProperty(key)) return;
+        // The left argument's collation decides; the dictionary knows its own only.
+        if (i == 0 && constant->GetColumn()->GetType()->collation() != column->GetType()->collation()) return;
+        m_tokenConstant = DictionaryConstantExp::Make(constant->GetValue(), column);
+        if (m_tokenConstant) m_operands[i] = m_tokenConstant;
+        return;
+    }
+}
+
+void PrimitiveExp::MakePrimitive() {
+    m_operands = m_arguments;
+    const auto isSingle = [](const RefCntPtr<Exp>& operand) {
+        return operand->GetPrimitiveStorage() == Column::storageVal;
+    };
+    m_single = GivesSingleResult() && std::all_of(m_operands.begin(), m_operands.end(), isSingle);
+
+    usrpropkey key = m_tokens ? primitive_result::resolve(m_op).tokenprop() : usrpropkey::empty;
+    if (key != usrpropkey::empty) {
+        BindConstantToDictionary(key);
+        if (!ShareOneDictionary()) key = usrpropkey::empty;
+    }
+    primitive::argument_list types;
+    for (const RefCntPtr<Exp>& operand : m_operands) {
+        // A single row of single values is a vector like any other.
+        types.emplace_back(operand->GetPrimitiveType(key),
+                           m_single ? primitive::storageCol : operand->GetPrimitiveStorage());
+    }
+    if (m_klass == primitive::klassAggregate) types.emplace_back(L"ulng", primitive::storageCol);
+
+    for (primitive* candidate : primitive::resolve(m_op, types)) {
+        if (candidate->klass() == m_klass) {
+            m_primitive = candidate;
+            MakeMemo(types);
+            return;
+        }
+    }
+    throw QVE_InvalidArgument(status::PrimitiveExp_MakePrimitive,
+                              "PrimitiveExp::MakePrimitive: " + narrow(primitive_directory::signature(m_op, types)));
+}
+
+// The one argument that is not constant must come as tokens whose values the kernel reads.
+void PrimitiveExp::MakeMemo(const primitive::argument_list& types) {
+    if (m_single || !IsFunctionOfValues() || m_klass == primitive::klassAggregate) return;
+    for (size_t i = 0; i < m_operands.size(); ++i) {
+        if (m_operands[i]->IsConstant()) continue;
+        const bool byValue = types[i].first.starts_with(L"usr") && types[i].second == primitive::storageCol;
+        if (m_memoArgument || !byValue || !m_operands[i]->GetColumn()->IsCompressed()) {
+            m_memoArgument = nullptr;
+            return;
+        }
+        m_memoArgument = m_operands[i];
+    }
+    if (m_memoArgument && m_klass == primitive::klassSelect) m_memo = std::make_unique<TokenMemo>(1);
+}
+
+void PrimitiveExp::MakePrimitiveColumn() {
+    if (m_column->GetCount() > 0) {
+        throw QVE_InvalidArgument(status::PrimitiveExp_MakePrimitiveColumn, "PrimitiveExp::MakePrimitiveColumn");
+    }
+    MakePrimitive();
+    std::vector<usrprops> inputs;
+    for (const RefCntPtr<Exp>& operand : m_operands) inputs.push_back(operand->GetProperties());
+    usrprops properties = primitive_result::resolve(m_op).result_props(m_primitive, inputs);
+    std::wstring name = GetName();
+    if (name.empty() && !m_arguments.empty()) name = m_arguments[0]->GetName();
+    properties.set(usrpropkey::name, name);
+    properties.erase(usrpropkey::encoding);
+    if (m_single) {
+        properties.set(usrpropkey::storagetype, Column::storageVal);
+    } else {
+        properties.erase(usrpropkey::storagetype);
+    }
+    m_isConstant = GivesSingleResult() && std::all_of(m_arguments.begin(), m_arguments.end(),
+                                                      [](const auto& argument) { return argument->IsConstant(); });
+
+    RefCntPtr<DataStream> dictionary;
+    if (properties.has(usrpropkey::compression)) {
+        if (properties.has(usrpropkey::result_share_dictionary)) {
+            const auto found = std::find_if(m_operands.begin(), m_operands.end(),
+                                            [](const auto& operand) { return operand->GetColumn()->IsCompressed(); });
+            if (found != m_operands.end()) m_sharedDictionary = *found;
+        }
+        properties.erase(usrpropkey::result_share_dictionary);
+        if (m_sharedDictionary) {
+            dictionary = m_sharedDictionary->GetColumn()->GetDict();
+        } else {
+            properties.erase(usrpropkey::storagewidth);  // the width of another dictionary's tokens
+            properties.set(usrpropkey::distinct, true);  // a heap stores each value once
+        }
+        if (!dictionary) dictionary = MakeRef<TempFileDataStream>();
+    }
+    m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>(), dictionary);
+    if (m_memoArgument) m_memo = std::make_unique<TokenMemo>(m_column->GetTokenSize());
+}
+
+void PrimitiveExp::EvaluateOperands(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
+    EvaluateArguments(count, extent, sel, input);
+    if (m_tokenConstant) m_tokenConstant->Refresh();
+}
+
+output_column PrimitiveExp::ReserveOutput(unsigned extent) {
+    if (m_sharedDictionary && m_column->GetDict() != m_sharedDictionary->GetColumn()->GetDict()) {
+        m_column->SetDict(m_sharedDictionary->GetColumn()->GetDict());
+    }
+    const output_column out = ReserveBuffer(extent);
+    *out.flags &= static_cast<unsigned char>(~column_flags::not_null);
+    return out;
+}
+
+}  // namespace qve
