@@ -31,7 +31,9 @@ const usrtype* TextType() {
 /// Writes new versions of system columns, each beside the file that it replaces.
 class Writer {
 public:
-    Writer(TableSpace& space, std::wstring suffix) : m_space(space), m_suffix(std::move(suffix)) {}
+    /// @param journal null when the files take no other's place
+    Writer(TableSpace& space, CatalogJournal* journal, std::wstring suffix)
+        : m_space(space), m_journal(journal), m_suffix(std::move(suffix)) {}
 
     void Numbers(const std::wstring& table, const std::wstring& column, const std::vector<uint64_t>& values) {
         Store(SimpleDatabase::SystemColumnPath(table, column, SimpleDatabase::extDataFile), values.data(),
@@ -49,8 +51,9 @@ private:
     std::wstring Begin(const std::wstring& path) {
         const std::wstring file = path + m_suffix;
         if (m_space.exists(file)) m_space.unlink(file);
+        if (m_journal) m_journal->AboutToCreate(file);
         m_space.create(file);
-        if (!m_suffix.empty()) m_renames.emplace_back(file, path);
+        if (m_journal) m_renames.emplace_back(file, path);
         return file;
     }
     void Store(const std::wstring& path, const void* bytes, uint64_t count) {
@@ -60,6 +63,7 @@ private:
     }
 
     TableSpace& m_space;
+    CatalogJournal* const m_journal;
     const std::wstring m_suffix;
     Renames m_renames;
 };
@@ -303,7 +307,7 @@ void InitialiseSystemSchema(TableSpace& space, Catalog& catalog) {
             WritePropertyFile(space, type, properties);
         }
     }
-    Writer writer(space, L"");
+    Writer writer(space, nullptr, L"");
     writer.Numbers(Database::tableDual, Database::columnID, {1});
     WriteEntries(writer, catalog.schemas, SystemTables()[schemas]);
     WriteProperties(writer, catalog.schemas, SystemTables()[schemaProps]);
@@ -324,8 +328,8 @@ Catalog ReadCatalog(TableSpace& space) {
     return catalog;
 }
 
-Renames WriteCatalog(TableSpace& space, const Catalog& catalog, const std::wstring& suffix) {
-    Writer writer(space, suffix);
+Renames WriteCatalog(TableSpace& space, CatalogJournal& journal, const Catalog& catalog, const std::wstring& suffix) {
+    Writer writer(space, &journal, suffix);
     const auto write = [&](const MetadataTable& metadata, int entries, int properties) {
         if (metadata.EntriesChanged()) WriteEntries(writer, metadata, SystemTables()[entries]);
         if (metadata.PropertiesChanged()) WriteProperties(writer, metadata, SystemTables()[properties]);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "storage/Catalog.h"
+#include "storage/CatalogJournal.h"
 #include "storage/TableSpace.h"
 
 namespace qve {
@@ -28,9 +29,9 @@ void InitialiseSystemSchema(TableSpace& space, Catalog& catalog);
 Catalog ReadCatalog(TableSpace& space);
 
 /// Writes the tables of the catalog that changed into new files, beside those that they will replace: a list of the
-/// renames to be made, from and to. `suffix` tells the new files from all others.
-std::vector<std::pair<std::wstring, std::wstring>> WriteCatalog(TableSpace& space, const Catalog& catalog,
-                                                                const std::wstring& suffix);
+/// renames to be made, from and to. `suffix` tells the new files from all others; they are noted in the journal.
+std::vector<std::pair<std::wstring, std::wstring>> WriteCatalog(TableSpace& space, CatalogJournal& journal,
+                                                                const Catalog& catalog, const std::wstring& suffix);
 
 /// Cuts the file behind a stream to the stream's size: files grow in steps, and who opens one takes its length for its
 /// size. The stream and its forks must be released; nothing where the space keeps exact sizes.

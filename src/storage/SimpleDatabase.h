@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -94,6 +95,12 @@ public:
     void InvalidateCache();
 
 private:
+    /// Makes a stream the data or dictionary file of a column. The name of the new file; none when it is the present
+    /// one's.
+    std::optional<std::wstring> ReplaceFile(const std::wstring& column, const std::wstring& table,
+                                            const std::wstring& schema, usrpropkey key,
+                                            const RefCntPtr<DataStream>& source);
+
     class Impl;
     std::unique_ptr<Impl> m_impl;
 };
