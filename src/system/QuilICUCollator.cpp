@@ -33,6 +33,12 @@ int Collator::Compare(std::u16string_view left, std::u16string_view right) const
                         static_cast<int32_t>(right.size()));
 }
 
+int Collator::Compare(std::string_view left, std::string_view right) const {
+    UErrorCode error = U_ZERO_ERROR;
+    return ucol_strcollUTF8(m_collator, left.data(), static_cast<int32_t>(left.size()), right.data(),
+                            static_cast<int32_t>(right.size()), &error);
+}
+
 size_t Collator::SortKey(std::u16string_view text, std::vector<unsigned char>& key) const {
     const auto length = static_cast<int32_t>(text.size());
     const auto capacity = [&key] { return static_cast<int32_t>(key.size()); };

@@ -28,6 +28,8 @@ public:
 
     /// -1, 0 or 1.
     int Compare(std::u16string_view left, std::u16string_view right) const;
+    /// The same for UTF-8.
+    int Compare(std::string_view left, std::string_view right) const;
     /// Writes a key whose memcmp order is this order into `key`, which only grows, and returns the key's length without
     /// its ending 0; 0 when ICU fails, as no key is empty.
     size_t SortKey(std::u16string_view text, std::vector<unsigned char>& key) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ public:
         defaultStrength = 0,
         caseInsensitive = 1,        ///< secondary strength, "_CI"
         caseAccentInsensitive = 3,  ///< primary strength, "_CI_AI"
-        japaneseIndustrial = 4,     ///< kana told apart on the fourth level, "_JIS"
+        japaneseIndustrial = 4,     ///< small and full kana told apart on a level of their own, "_JIS"
     };
     struct Builtin_row {
         const wchar_t* name;
@@ -32,8 +33,8 @@ public:
 
     /// The table of built-in collations.
     static const std::vector<Builtin_row>& GetBuiltins();
-    /// A new collation of the table; the caller owns it. Throws QVE_RangeError 40191 for a name not in the table.
-    static collation* Builtin(std::wstring_view name);
+    /// A new collation of the table. Throws QVE_RangeError 40191 for a name not in the table.
+    static std::unique_ptr<collation> Builtin(std::wstring_view name);
 
     /// The name of the ICU locale, as in "en_US".
     const std::string& GetLocale() const { return m_locale; }
@@ -56,7 +57,7 @@ public:
     class Collator;
 
 private:
-    const Collator& local() const;
+    Collator& local() const;
 
     std::string m_locale;
     Attributes m_attributes;

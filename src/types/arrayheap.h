@@ -16,8 +16,7 @@ public:
     std::string_view bytes(unsigned long long token) const override;
 
 protected:
-    unsigned long long append(const char* data, uint64_t length) override;
-    unsigned long long token_inside(const char* data, uint64_t length) const override;
+    unsigned long long append(std::string_view bytes) override;
     void begin() override;
 };
 

@@ -1,16 +1,21 @@
 #pragma once
 
+#include <string_view>
+
 #include "types/cuckoo_hash.h"
 #include "types/usraccel.h"
 
 namespace qve {
 
-/// Finds values by their bytes through a hash table. Values that only a collation calls equal are different entries, so
-/// that storing text never changes it; then the entries are not distinct.
+class usrtype;
+
+/// Finds values through a hash table from their 32-bit hash to their token. Values that differ in their bytes and are
+/// equal only to a collation are different entries, so that storing text never changes it; then the entries are not
+/// distinct.
 class hashaccel : public usraccel {
 public:
-    /// `expected` entries will come.
-    explicit hashaccel(size_t expected = 0);
+    /// For a heap of `type`; `expected` entries will come.
+    explicit hashaccel(const usrtype* type, size_t expected = 0);
 
     bool distinct() const override { return m_distinct; }
     bool complete() const override { return true; }
@@ -19,19 +24,28 @@ public:
     unsigned long long find(const usrheap& heap, const usratom& atom) const override;
     using usraccel::find;
     void insert(const usrheap& heap, const usratom& atom, unsigned long long token) override;
+    hashaccel* hashed() override { return this; }
 
-    /// The hash under which a value stands here.
-    static unsigned key(const char* data, uint64_t length);
-    /// find and insert for a caller that has the key already.
-    unsigned long long find(const usrheap& heap, const char* data, uint64_t length, unsigned key) const;
-    void insert(unsigned key, unsigned long long token);
-    /// Brings the places of a key into the cache, ahead of find.
+    /// The hash under which a value stands here; equal values have equal keys.
+    unsigned key(std::string_view bytes) const;
+    /// The token of the entry with these very bytes, whose key the caller has; absent when there is none.
+    unsigned long long find_bytes(const usrheap& heap, std::string_view bytes, unsigned key) const;
+    /// insert for a caller that has the key.
+    void insert_bytes(const usrheap& heap, std::string_view bytes, unsigned key, unsigned long long token);
+    /// Brings the places of a key into the cache, ahead of first_candidate.
     void prefetch(unsigned key) const { m_table.prefetch(key); }
+    /// The entry most likely to be the one of a key; absent when there is none.
+    unsigned long long first_candidate(unsigned key) const { return m_table.lookup1(key); }
 
 private:
-    cuckoo_hash<unsigned, unsigned long long> m_table;
-    unsigned long long m_cardinality = 0;
+    unsigned long long find_equal(const usrheap& heap, std::string_view bytes, unsigned key) const;
+
+    const usrtype* m_type;
+    // True when equal values have the same bytes.
+    bool m_exact;
     bool m_distinct = true;
+    unsigned long long m_cardinality = 0;
+    cuckoo_hash<unsigned, unsigned long long> m_table;
 };
 
 }  // namespace qve

@@ -54,12 +54,15 @@ public:
 private:
     std::string_view slow(unsigned long long token) const;
 
+    void look() const;
+
     const usrheap* m_heap;
-    const char* m_base = nullptr;  // of token 0
-    uint64_t m_begin = 0;          // tokens from here
-    uint64_t m_end = 0;            // to here have their prefix in the window
-    uint64_t m_bytes = 0;          // bytes from m_base
-    uint64_t m_stride = 1;         // bytes per token
+    // What the window shows at present; it moves when an entry outside is asked for.
+    mutable const char* m_base = nullptr;  // of token 0
+    mutable uint64_t m_begin = 0;          // tokens from here
+    mutable uint64_t m_end = 0;            // to here have their prefix in the window
+    mutable uint64_t m_bytes = 0;          // bytes from m_base to the window's end
+    uint64_t m_stride = 1;                 // bytes per token
     unsigned m_prefix = 0;
 };
 

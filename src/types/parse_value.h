@@ -66,9 +66,9 @@ bool parse_iso_duration_char(duration& value, unsigned begin, unsigned end, cons
 /// The same, or seconds alone.
 bool parse_duration_char(duration& value, unsigned begin, unsigned end, const char* text, const parse_config& config);
 
-/// The text of a field: quotes are taken off when they enclose it, doubled quotes inside become one, and the character
-/// behind an escape stands for itself or for what its escape pair says. True (and an empty value) when a quote is not
-/// closed.
+/// The text of a field: quotes are taken off when they enclose it; inside them a doubled quote is one, and the escape
+/// before a quote or another escape is left out. Elsewhere the escape is text, so that paths stay whole. True (and an
+/// empty value) when a quote is not closed.
 bool parse_varchar_char(std::string& value, unsigned begin, unsigned end, const char* text, const parse_config& config);
 
 /// The parser that reads the text form of an atom type, whatever the width of its code units: char (UTF-8), char16_t or

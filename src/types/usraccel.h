@@ -9,6 +9,7 @@
 
 namespace qve {
 
+class hashaccel;
 class usrheap;
 
 /// An index over the bytes of a heap, which finds the token of a value. It is attached to the heap's stream and shared
@@ -34,13 +35,16 @@ public:
     virtual unsigned long long cardinality() const { return 0; }
     /// Reads all entries of the heap.
     virtual void build(const usrheap& heap);
-    /// The token of a value that is not null and of the heap's type; absent when there is none.
+    /// The token of an entry equal to a value, which is not null and of the heap's type; absent when there is none. Of
+    /// several equal entries, one with the value's very bytes is preferred.
     virtual unsigned long long find(const usrheap& heap, const usratom& atom) const;
     /// The tokens of the values of a vector, of the heap's type, in the width of `out`; all ones for the absent and for
     /// nulls.
     void find(const usrheap& heap, unsigned count, output_column out, input_column in, const unsigned* selection) const;
     /// Learns of the entry that was just appended.
     virtual void insert(const usrheap& heap, const usratom& atom, unsigned long long token);
+    /// This, if it is a hashaccel.
+    virtual hashaccel* hashed() { return nullptr; }
 
 protected:
     unsigned long long m_last = absent;

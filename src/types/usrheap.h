@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "storage/stream/DataStream.h"
@@ -61,7 +62,7 @@ public:
     /// bytes and no atom. Not for nulls.
     unsigned long long put_bytes(const char* data, uint64_t length);
     /// The tokens of many such values, as put_bytes gives them one by one; faster, as lookups overlap. A value without
-    /// data (null pointer) gets all ones.
+    /// data (null pointer) gets all ones. The values must not lie in this heap's own stream.
     void put_bytes(unsigned count, unsigned long long* tokens, const std::string_view* values);
 
     /// The index of the stream; a hashaccel is made and built when there is none. Null without a stream.
@@ -77,21 +78,21 @@ public:
 protected:
     usrheap(const usrtype* type, DataStream* stream, unsigned prefixWidth);
     /// Appends an entry and gives its token.
-    virtual unsigned long long append(const char* data, uint64_t length);
-    /// The token of bytes that lie inside the stream's present window; all ones when they do not begin an entry.
-    virtual unsigned long long token_inside(const char* data, uint64_t length) const;
+    virtual unsigned long long append(std::string_view bytes);
     /// Writes the null into an empty stream.
     virtual void begin();
 
 private:
-    unsigned long long put_hashed(hashaccel& index, const char* data, uint64_t length, unsigned key);
-    uint64_t begin_size() const;
+    unsigned long long put_present(usraccel& index, const usratom& atom);
+    void store_tokens(unsigned count, output_column out, const unsigned long long* tokens, unsigned from,
+                      const unsigned* selection) const;
 
     const usrtype* m_type;
     RefCntPtr<DataStream> m_stream;
     unsigned m_prefixWidth;
     usratom m_null;
     mutable usratom m_scratch;
+    std::string m_entry;
 };
 
 }  // namespace qve

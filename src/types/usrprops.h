@@ -31,8 +31,8 @@ public:
     }
     /// True when the text of `key` is "true".
     bool is_true(usrpropkey key) const { return text(key) == L"true"; }
-    /// The leading decimal digits of the text of `key`, after blanks; `absent` when the key is absent or its number
-    /// does not fit. A text without digits counts as 0.
+    /// The decimal digits at the start of the text of `key`, behind blanks and control characters; `absent` when the
+    /// key is absent. No digits are 0, and a number beyond 64 bits is the greatest there is.
     unsigned long long number(usrpropkey key, unsigned long long absent = 0) const;
 
     void set(usrpropkey key, std::wstring_view value) { insert_or_assign(key, std::wstring(value)); }

@@ -32,7 +32,7 @@ public:
     static const usrtype* resolve(const usrprops& properties);
     /// The class of types that a text of the property `datatype` denotes; any unknown text is DataType::usr.
     static DataType DecodeDataType(std::wstring_view text);
-    /// Makes the factories "usr", "builtin" and "varchar" known; called by types_initialization.
+    /// Makes the factory "usr" known; called by types_initialization.
     static void register_types();
     /// The factory of the property `factory`.
     static typefactory& usrtypefactory();

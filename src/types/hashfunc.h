@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+
+namespace qve {
+
+/// The seed of every hash of bytes.
+inline constexpr unsigned hash_seed = 0xDEADBEEF;
+
+/// A 32-bit hash of bytes: Bob Jenkins' lookup2 of 1996, in rounds of 12 bytes.
+unsigned hashfunc(const void* data, size_t length, unsigned seed = hash_seed);
+
+}  // namespace qve
