@@ -43,7 +43,7 @@ std::wstring FormatDouble(double value) {
     if (std::isnan(value)) return VQLSymbols::symNull;
     char digits[64];
     const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
-    std::wstring text(digits, end);
+    std::wstring text(static_cast<const char*>(digits), end);
     // Without these it would be read back as an integer.
     if (text.find_first_of(L".e") == std::wstring::npos) text += L".0";
     return text;

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "vql/VQLExpressionFormatter.h"
+#include "vql/VQLExpressions.h"
 #include "vql/VQLQueries.h"
 #include "vql/status.h"
 #include "vql/syntax/VQLSymbols.h"

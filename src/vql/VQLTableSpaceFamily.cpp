@@ -1,10 +1,13 @@
 #include "vql/VQLTableSpaceFamily.h"
 
+#include <sstream>
+
 #include "storage/Database.h"
 #include "system/VQLException.h"
 #include "vql/DatabaseVQLTableSpace.h"
 #include "vql/SimpleVQLTableSpace.h"
 #include "vql/VQLTableQuery.h"
+#include "vql/VQLTextQuery.h"
 #include "vql/status.h"
 
 namespace qve {
@@ -44,6 +47,14 @@ RefCntPtr<VQLTable> VQLTableSpaceFamily::GetTable(const std::wstring& path, cons
 
 RefCntPtr<VQLTable> VQLTableSpaceFamily::GetTable(const VQLTableQuery& query) const {
     return GetTable(query.GetDatabasePath(), query.GetTableName());
+}
+
+std::wstring VQLTableSpaceFamily::TextSpacePath(const VQLTextQuery& query) {
+    // A line feed keeps these apart from the paths of databases.
+    std::wostringstream path;
+    path << L"text\n" << query.GetPath() << L'\n' << query.GetTextProperties();
+    for (const usrprops& column : query.GetSchema()) path << L'\n' << column;
+    return path.str();
 }
 
 const VQLTableSpace& VQLTableSpaceFamily::GetTableSpace(const std::wstring& path) const {

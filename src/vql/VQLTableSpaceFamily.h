@@ -10,6 +10,7 @@ namespace qve {
 
 class Database;
 class VQLTableQuery;
+class VQLTextQuery;
 
 /// The table spaces that one query needs, by the path that its leaves name: empty for the current database, a database
 /// path, or the path of a text file.
@@ -30,6 +31,10 @@ public:
     /// Throw VQLException "no such database (%1)" for a path without a space, and what the space throws.
     RefCntPtr<VQLTable> GetTable(const std::wstring& path, const VQLIdentifier& name) const;
     RefCntPtr<VQLTable> GetTable(const VQLTableQuery& query) const;
+
+    /// The path under which the table space of a text query stands: the same for two queries that read one file in one
+    /// way. Its one table has the file's path for a name.
+    static std::wstring TextSpacePath(const VQLTextQuery& query);
 
     SymbolDictionary& GetDictionary() const { return m_dictionary; }
 
