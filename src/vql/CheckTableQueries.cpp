@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "vql/VQLDerivedFacts.h"
+#include "vql/VQLExpressions.h"
 #include "vql/VQLQueries.h"
 #include "vql/VQLQueryChecker.h"
 #include "vql/VQLTableFacts.h"
