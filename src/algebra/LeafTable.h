@@ -38,6 +38,9 @@ public:
     /// Takes the count of the first column; a table without columns has no rows.
     uint64_t Build(unsigned pageSize) override;
 
+    /// Whether GetCount() is known. Any thread may ask.
+    bool IsCounted() const { return m_count.load(std::memory_order_relaxed) != unset; }
+
     const std::wstring& GetName() const { return m_name; }
     /// Null for a table that stands in no catalog.
     DatabaseSchema* GetSchema() const { return m_schema; }

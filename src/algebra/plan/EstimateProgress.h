@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "algebra/DelegatedProgressCallback.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 
 namespace qve {
@@ -23,6 +22,7 @@ public:
         uint64_t total = 0;        ///< rows of work in all
     };
 
+    /// All unknown for an operator without columns.
     static Estimate Do(Operator& root);
 
     void VisitAggr(Aggr& table) override;

@@ -1,0 +1,101 @@
+#include "algebra/plan/EstimateProgress.h"
+
+#include <algorithm>
+
+#include "algebra/Aggr.h"
+#include "algebra/FlowTable.h"
+#include "algebra/LeafTable.h"
+#include "algebra/Order.h"
+#include "algebra/Scan.h"
+#include "algebra/Select.h"
+#include "algebra/TopN.h"
+#include "types/datatraits.h"
+
+namespace qve {
+
+namespace {
+
+// A part that is not known makes the sum unknown.
+uint64_t Sum(uint64_t a, uint64_t b) {
+    return a == EstimateProgress::unknown || b == EstimateProgress::unknown ? EstimateProgress::unknown : a + b;
+}
+
+uint64_t Share(uint64_t rows, double selectivity) {
+    if (rows == EstimateProgress::unknown) return rows;
+    return static_cast<uint64_t>(static_cast<double>(rows) * std::clamp(selectivity, 0.0, 1.0));
+}
+
+}  // namespace
+
+EstimateProgress::Estimate EstimateProgress::Do(Operator& root) {
+    EstimateProgress visitor;
+    if (auto* node = dynamic_cast<Namespace*>(&root)) node->Accept(visitor);
+    return visitor.Pop();
+}
+
+EstimateProgress::Estimate EstimateProgress::Pop() {
+    if (m_stack.empty()) return {};
+    const Estimate estimate = m_stack.back();
+    m_stack.pop_back();
+    return estimate;
+}
+
+void EstimateProgress::VisitLeafTable(LeafTable& table) {
+    const uint64_t rows = table.IsCounted() ? table.GetCount() : unknown;
+    Push({.first = rows, .last = rows});
+}
+
+void EstimateProgress::VisitScan(Scan& flow) {
+    OperatorVisitorImpl::VisitScan(flow);
+    Estimate rows = Pop();
+    rows.done = Sum(rows.done, flow.GetCursor());
+    rows.total = Sum(rows.total, rows.last);
+    Push(rows);
+}
+
+void EstimateProgress::VisitSelect(Select& flow) {
+    OperatorVisitorImpl::VisitSelect(flow);
+    Estimate rows = Pop();
+    if (is_null(flow.GetSelectivity())) {
+        rows.first = 0;
+    } else {
+        rows.first = Share(rows.first, flow.GetSelectivity());
+        rows.last = Share(rows.last, flow.GetSelectivity());
+    }
+    Push(rows);
+}
+
+void EstimateProgress::VisitFlowTable(FlowTable& table) {
+    OperatorVisitorImpl::VisitFlowTable(table);
+    Estimate rows = Pop();
+    rows.done = Sum(rows.done, table.GetCount());
+    rows.total = Sum(rows.total, rows.last);
+    Push(rows);
+}
+
+void EstimateProgress::VisitOrder(Order& table) {
+    OperatorVisitorImpl::VisitOrder(table);
+    Estimate rows = Pop();
+    rows.total = Sum(rows.total, rows.last);
+    rows.first = std::min(rows.first, table.GetLimit());
+    rows.last = std::min(rows.last, table.GetLimit());
+    Push(rows);
+}
+
+// There are at most as many groups as rows.
+void EstimateProgress::VisitAggr(Aggr& table) {
+    OperatorVisitorImpl::VisitAggr(table);
+    Estimate groups = Pop();
+    groups.first = groups.first == unknown ? 0 : std::min<uint64_t>(groups.first, 1);
+    Push(groups);
+}
+
+void EstimateProgress::VisitTopN(TopN& table) {
+    OperatorVisitorImpl::VisitTopN(table);
+    Estimate rows = Pop();
+    rows.first = std::min(rows.first, table.GetLimit());
+    rows.last = std::min(rows.last, table.GetLimit());
+    Push(rows);
+}
+
+}  // namespace qve

@@ -1,0 +1,228 @@
+#include "algebra/plan/OperatorVisitorImpl.h"
+
+#include "algebra/Aggr.h"
+#include "algebra/FlowTable.h"
+#include "algebra/LeafTable.h"
+#include "algebra/Order.h"
+#include "algebra/Project.h"
+#include "algebra/Restrict.h"
+#include "algebra/Scan.h"
+#include "algebra/Select.h"
+#include "algebra/TopN.h"
+#include "algebra/plan/absent_operator.h"
+
+namespace qve {
+
+void OperatorVisitorImpl::VisitAggr(Aggr& table) {
+    table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitFlowTable(FlowTable& table) {
+    table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitLeafTable(LeafTable&) {}
+
+void OperatorVisitorImpl::VisitOrder(Order& table) {
+    table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitProject(Project& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitRestrict(Restrict& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitScan(Scan& flow) {
+    flow.GetTable()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitSelect(Select& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitTopN(TopN& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+// Operators of these classes cannot be built yet.
+
+void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
+    throw_absent_operator("AlterColumn");
+}
+
+void OperatorVisitorImpl::VisitAppend(Append&) {
+    throw_absent_operator("Append");
+}
+
+void OperatorVisitorImpl::VisitBinaryScan(BinaryScan&) {
+    throw_absent_operator("BinaryScan");
+}
+
+void OperatorVisitorImpl::VisitCartProd(CartProd&) {
+    throw_absent_operator("CartProd");
+}
+
+void OperatorVisitorImpl::VisitClusteringFlow(ClusteringFlow&) {
+    throw_absent_operator("ClusteringFlow");
+}
+
+void OperatorVisitorImpl::VisitCompact(Compact&) {
+    throw_absent_operator("Compact");
+}
+
+void OperatorVisitorImpl::VisitCreateDatabase(CreateDatabase&) {
+    throw_absent_operator("CreateDatabase");
+}
+
+void OperatorVisitorImpl::VisitCreateFolder(CreateFolder&) {
+    throw_absent_operator("CreateFolder");
+}
+
+void OperatorVisitorImpl::VisitCreateSchema(CreateSchema&) {
+    throw_absent_operator("CreateSchema");
+}
+
+void OperatorVisitorImpl::VisitCreateTable(CreateTable&) {
+    throw_absent_operator("CreateTable");
+}
+
+void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable&) {
+    throw_absent_operator("DictionaryTable");
+}
+
+void OperatorVisitorImpl::VisitDropColumn(DropColumn&) {
+    throw_absent_operator("DropColumn");
+}
+
+void OperatorVisitorImpl::VisitDropDatabase(DropDatabase&) {
+    throw_absent_operator("DropDatabase");
+}
+
+void OperatorVisitorImpl::VisitDropFolder(DropFolder&) {
+    throw_absent_operator("DropFolder");
+}
+
+void OperatorVisitorImpl::VisitDropSchema(DropSchema&) {
+    throw_absent_operator("DropSchema");
+}
+
+void OperatorVisitorImpl::VisitDropTable(DropTable&) {
+    throw_absent_operator("DropTable");
+}
+
+void OperatorVisitorImpl::VisitExchange(Exchange&) {
+    throw_absent_operator("Exchange");
+}
+
+void OperatorVisitorImpl::VisitFractionTable(FractionTable&) {
+    throw_absent_operator("FractionTable");
+}
+
+void OperatorVisitorImpl::VisitIndexTable(IndexTable&) {
+    throw_absent_operator("IndexTable");
+}
+
+void OperatorVisitorImpl::VisitIndexJoin(IndexJoin&) {
+    throw_absent_operator("IndexJoin");
+}
+
+void OperatorVisitorImpl::VisitJoin(Join&) {
+    throw_absent_operator("Join");
+}
+
+void OperatorVisitorImpl::VisitLookup(Lookup&) {
+    throw_absent_operator("Lookup");
+}
+
+void OperatorVisitorImpl::VisitOrdAggr(OrdAggr&) {
+    throw_absent_operator("OrdAggr");
+}
+
+void OperatorVisitorImpl::VisitPackageDatabase(PackageDatabase&) {
+    throw_absent_operator("PackageDatabase");
+}
+
+void OperatorVisitorImpl::VisitPartitionRestart(PartitionRestart&) {
+    throw_absent_operator("PartitionRestart");
+}
+
+void OperatorVisitorImpl::VisitPartitionSplit(PartitionSplit&) {
+    throw_absent_operator("PartitionSplit");
+}
+
+void OperatorVisitorImpl::VisitPivot(Pivot&) {
+    throw_absent_operator("Pivot");
+}
+
+void OperatorVisitorImpl::VisitPositionalJoin(PositionalJoin&) {
+    throw_absent_operator("PositionalJoin");
+}
+
+void OperatorVisitorImpl::VisitPrint(Print&) {
+    throw_absent_operator("Print");
+}
+
+void OperatorVisitorImpl::VisitRemote(Remote&) {
+    throw_absent_operator("Remote");
+}
+
+void OperatorVisitorImpl::VisitRemoteQuery(RemoteQuery&) {
+    throw_absent_operator("RemoteQuery");
+}
+
+void OperatorVisitorImpl::VisitSharedTable(SharedTable&) {
+    throw_absent_operator("SharedTable");
+}
+
+void OperatorVisitorImpl::VisitShowCollations(ShowCollations&) {
+    throw_absent_operator("ShowCollations");
+}
+
+void OperatorVisitorImpl::VisitShowDatabase(ShowDatabase&) {
+    throw_absent_operator("ShowDatabase");
+}
+
+void OperatorVisitorImpl::VisitShowDatabases(ShowDatabases&) {
+    throw_absent_operator("ShowDatabases");
+}
+
+void OperatorVisitorImpl::VisitShowFolder(ShowFolder&) {
+    throw_absent_operator("ShowFolder");
+}
+
+void OperatorVisitorImpl::VisitShowSchemas(ShowSchemas&) {
+    throw_absent_operator("ShowSchemas");
+}
+
+void OperatorVisitorImpl::VisitShowVirtualTable(ShowVirtualTable&) {
+    throw_absent_operator("ShowVirtualTable");
+}
+
+void OperatorVisitorImpl::VisitShowTables(ShowTables&) {
+    throw_absent_operator("ShowTables");
+}
+
+void OperatorVisitorImpl::VisitTextScan(TextScan&) {
+    throw_absent_operator("TextScan");
+}
+
+void OperatorVisitorImpl::VisitTransform(Transform&) {
+    throw_absent_operator("Transform");
+}
+
+void OperatorVisitorImpl::VisitUpdate(Update&) {
+    throw_absent_operator("Update");
+}
+
+void OperatorVisitorImpl::VisitSettingsCommand(SettingsCommand&) {
+    throw_absent_operator("SettingsCommand");
+}
+
+void OperatorVisitorImpl::VisitQuerybandCommand(QuerybandCommand&) {
+    throw_absent_operator("QuerybandCommand");
+}
+
+}  // namespace qve

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace qve::status {
+
+inline constexpr int absent_operator = 40296;
+
+}  // namespace qve::status
