@@ -71,10 +71,13 @@ constexpr R converted(A a) {
     } else if constexpr (std::is_same_v<A, bit>) {
         return detail::converted_number<R>(a.value);
     } else if constexpr (std::is_same_v<A, date>) {
-        if constexpr (std::is_same_v<R, datetime>)
+        if constexpr (std::is_same_v<R, datetime>) {
             return midnight(a);
-        else
+        } else if constexpr (std::is_same_v<R, duration>) {
+            return {static_cast<long long>(midnight(a).value)};
+        } else {
             return detail::from_days<R>(a.value);
+        }
     } else if constexpr (std::is_same_v<A, datetime>) {
         if constexpr (std::is_same_v<R, date>)
             return a.day();
