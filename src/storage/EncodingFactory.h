@@ -36,6 +36,8 @@ public:
     };
     /// Values to a block when the caller does not say: the rows of a page.
     static constexpr unsigned DefaultBlockLength = 1024;
+    /// Run lengths are used only while they take no more than this part of the plain size.
+    static constexpr double s_rleRatio = 0.5;
 
     /// A factory that encodes when the column is a plain integer column of 1, 2, 4 or 8 bytes, else the base.
     /// @param block values to a block; rounded up to a power of two of at least 32
@@ -82,7 +84,8 @@ protected:
     virtual uint64_t GetRowCount() const { return 0; }
 
 private:
-    RefCntPtr<DataStream> Reencode(RefCntPtr<DataStream> from, const void* data, uint64_t bytes);
+    /// Copies the first `size` bytes of `from` behind `target`, or into a new plain stream when that is null.
+    static RefCntPtr<DataStream> Reencode(DataStream& from, uint64_t size, RefCntPtr<DataStream> target);
 
     uint64_t m_mask;
     unsigned m_block;

@@ -2,6 +2,6 @@
 
 namespace qve::status {
 
-inline constexpr int SimpleLogger_SimpleLogger = 40463;
+inline constexpr int SimpleLogger_SimpleLogger = 40503;
 
 }  // namespace qve::status
