@@ -13,6 +13,7 @@ public:
     thread_collation& operator=(const thread_collation&) = delete;
 
     const collation* operator->() const { return m_own; }
+    const collation* get() const { return m_own; }
 
 private:
     const collation* m_shared;

@@ -47,7 +47,10 @@ usrprops text_result::result_props(primitive const*, std::vector<usrprops> const
         scale = std::max(scale, input.number(usrpropkey::scale, 2));
         if (collation.empty()) collation = input.text(usrpropkey::collation);
     }
-    return varchar::propsof(varchar::clob_precision, scale, collation.empty() ? nullptr : collation.c_str());
+    usrprops properties =
+        varchar::propsof(varchar::clob_precision, scale, collation.empty() ? nullptr : collation.c_str());
+    properties.set(usrpropkey::compression, L"heap");
+    return properties;
 }
 
 }  // namespace qve

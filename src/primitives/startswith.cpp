@@ -1,0 +1,18 @@
+#include "primitives/text_function.h"
+
+namespace qve {
+namespace {
+
+struct startswith_function {
+    static constexpr const wchar_t* name = L"startswith";
+    static constexpr text_kind kind = text_kind::truth;
+    static long long apply(text_call& call) { return call.order->startswith(*call.text[0], *call.text[1]); }
+};
+
+const register_text_function<startswith_function, for_each_pair<truth_of_two, usr_atoms>, modes2> registered;
+
+}  // namespace
+
+void define_startswith() {}
+
+}  // namespace qve

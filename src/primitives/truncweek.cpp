@@ -1,0 +1,27 @@
+#include "primitives/date_parts.h"
+
+namespace qve {
+namespace {
+
+// Of a moment the day it begins on; a duration loses what is below the unit.
+struct truncweek_op {
+    static constexpr const wchar_t* name = L"truncweek";
+    template <class R, class A>
+    static R apply(A a) {
+        if constexpr (std::is_same_v<A, duration>) {
+            return {a.value - a.value % (7 * ticks_per_day)};
+        } else {
+            const unsigned day = day_number(a);
+            return {week_number(day) * 7 - 2};
+        }
+    }
+};
+
+const register_maps<truncweek_op, signatures<sig<date, date>, sig<date, datetime>, sig<duration, duration>>, modes1>
+    registered;
+
+}  // namespace
+
+void define_truncweek() {}
+
+}  // namespace qve
