@@ -121,9 +121,12 @@ void QVE_OutputIterator::WriteProperties(const QVE_PropertyList& properties) {
 void QVE_OutputIterator::PatchHeader(QVE_Message& message, std::uint64_t guid) {
     const std::size_t body = message.size() - QVE_Message::s_headerSize;
     if (body > s_maxSize) throw QVE_RangeError(status::QVE_Message_TooLong, "protocol error: message too long");
-    const auto size = static_cast<std::uint32_t>(body);
-    std::memcpy(message.data() + 4, &size, sizeof(size));
+    PatchU32(message, 4, static_cast<std::uint32_t>(body));
     std::memcpy(message.data() + 8, &guid, sizeof(guid));
+}
+
+void QVE_OutputIterator::PatchU32(QVE_Message& message, std::size_t offset, std::uint32_t value) {
+    std::memcpy(message.data() + offset, &value, sizeof(value));
 }
 
 }  // namespace qve

@@ -41,6 +41,8 @@ public:
     /// Sets body size and guid of a finished message that starts with a header. Throws QVE_RangeError (40431) when the
     /// body does not fit its 32-bit size.
     static void PatchHeader(QVE_Message& message, std::uint64_t guid);
+    /// Replaces the u32 that was written at `offset`.
+    static void PatchU32(QVE_Message& message, std::size_t offset, std::uint32_t value);
 
 private:
     template <class T>
