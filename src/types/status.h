@@ -40,6 +40,7 @@ inline constexpr int typefactory_createtype_key = 40686;
 inline constexpr int typefactory_createtype_value = 40687;
 inline constexpr int typefactory_nametype_key = 40688;
 inline constexpr int typefactory_nametype_value = 40689;
+inline constexpr int complete_type_name = 40690;
 inline constexpr int varchar_create_varchar = 40691;
 
 }  // namespace qve::status

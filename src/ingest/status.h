@@ -1,0 +1,15 @@
+#pragma once
+
+/// Error numbers of text import.
+namespace qve::status {
+
+inline constexpr int TextScan_NoLines = 40561;
+inline constexpr int TextScan_NoRows = 40562;
+inline constexpr int TextScan_OpenFile = 40563;
+inline constexpr int TextScan_Type = 40564;
+inline constexpr int TextScan_TooManyColumns = 40565;
+inline constexpr int TranscodingDataStream_Charset = 40566;
+inline constexpr int TranscodingDataStream_Converter = 40567;
+inline constexpr int TextDataStream_ReadOnly = 40568;
+
+}  // namespace qve::status
