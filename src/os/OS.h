@@ -22,6 +22,13 @@ public:
     };
     /// The same, with the kind of each entry. A link counts as what it points to.
     static std::vector<Entry> listdir2(std::wstring_view path);
+    /// What the file system says of a file.
+    struct Status {
+        uint64_t size;     // bytes
+        int64_t modified;  // seconds since 1970, UTC
+        bool directory;
+    };
+    static Status stat(std::wstring_view path);
     /// Makes a directory. With `parents`, makes those that are missing on the way, and a directory that is there
     /// already is no failure; without, it is ("Path exists.").
     static void mkdir(std::wstring_view path, bool parents);

@@ -22,6 +22,7 @@ inline constexpr int OS_touch = 40294;
 inline constexpr int OS_unlink = 40295;
 inline constexpr int OS_Limits = 40296;
 inline constexpr int OS_sync = 40297;
+inline constexpr int OS_stat = 40298;
 inline constexpr int Semaphore_Construct = 40441;
 inline constexpr int FileLock_Lock = 40442;
 

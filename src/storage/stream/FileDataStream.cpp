@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "metrics/Scope.h"
 #include "os/Path.h"
@@ -189,6 +190,11 @@ void FileDataStream::Resize(uint64_t size) {
     const uint64_t capacity = m_state->begin + round_up(size, unit);
     // A window that reaches behind the new end of the file could fault.
     if (capacity < m_state->capacity) Unmap();
+    if (end < m_state->end) {
+        // What stays behind the new end is room, and room is 0.
+        const std::vector<char> zeros(std::min(m_state->end, capacity) - end);
+        m_state->file->WriteAt(end, zeros.data(), zeros.size());
+    }
     m_state->file->Resize(end, capacity);
     m_state->capacity = capacity;
     m_state->end = end;
