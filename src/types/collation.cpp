@@ -37,6 +37,12 @@ void collation::define(const collation* added) {
     s_collations().insert_or_assign(added->name(), added);
 }
 
+std::vector<std::wstring> collation::names() {
+    std::vector<std::wstring> all;
+    for (const auto& [name, defined] : s_collations()) all.push_back(name);
+    return all;
+}
+
 const collation* collation::resolve(std::wstring_view name) {
     const auto found = s_collations().find(name);
     if (found == s_collations().end()) {

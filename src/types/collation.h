@@ -27,6 +27,8 @@ public:
     static void define(const collation* added);
     /// Throws QVE_RangeError 40662 for a name that was not defined.
     static const collation* resolve(std::wstring_view name);
+    /// The names that are defined, sorted.
+    static std::vector<std::wstring> names();
     /// Frees what this thread keeps for all collations; called at the end of a thread.
     static void releaseAllLocal();
 
