@@ -277,6 +277,7 @@ uint64_t Units::OffsetFromEnd(std::string_view text, unsigned width, uint64_t ch
 
 uint64_t Units::Fit(std::string_view text, unsigned width, uint64_t bytes) {
     if (text.size() <= bytes) return text.size();
+    bytes -= bytes % width;
     return with_walker(text, width, [bytes](auto walker) {
         uint64_t fits = bytes;
         // Back to the start of the character that the cut would split; it began at most three units before.

@@ -22,10 +22,14 @@ unsigned long long ascaccel::find(const usrheap&, const usratom& atom) const {
     return m_count && m_type->compare(m_lastAtom, atom) == 0 ? m_last : absent;
 }
 
-void ascaccel::insert(const usrheap&, const usratom& atom, unsigned long long token) {
+void ascaccel::admit(const usratom& atom) const {
     if (m_count && m_type->compare(m_lastAtom, atom) >= 0) {
         throw QVE_InvalidArgument(status::ascaccel_insert, "ascaccel::insert: Value does not ascend");
     }
+}
+
+void ascaccel::insert(const usrheap&, const usratom& atom, unsigned long long token) {
+    admit(atom);
     m_lastAtom.assign(m_type, atom.data(), atom.length());
     m_last = token;
     ++m_count;

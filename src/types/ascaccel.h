@@ -20,6 +20,7 @@ public:
     void build(const usrheap& heap) override;
     unsigned long long find(const usrheap& heap, const usratom& atom) const override;
     using usraccel::find;
+    void admit(const usratom& atom) const override;
     /// Throws as build does.
     void insert(const usrheap& heap, const usratom& atom, unsigned long long token) override;
 

@@ -170,23 +170,35 @@ bool read_moment(datetime& value, const date& day, reader& in, const parse_confi
     return true;
 }
 
+// Adds a number of some unit; false when the sum does not fit.
+bool add_units(long long& ticks, long long number, long long unit) {
+    long long product = 0;
+    return !__builtin_mul_overflow(number, unit, &product) && !__builtin_add_overflow(ticks, product, &ticks);
+}
+
 // Up to four numbers; `least` of them must be there.
 bool read_duration(duration& value, reader& in, const parse_config& config, unsigned least) {
+    constexpr long most_digits = 18;
     const char separator = config.time_separator ? config.time_separator : ':';
     const bool negative = in.take('-');
     long long numbers[4];
     unsigned count = 0;
     do {
         if (count == 4) return false;
-        const int number = some_digits(in.p, in.end, 9);
-        if (number < 0) return false;
-        numbers[count++] = number;
+        const char* const first = in.p;
+        uint64_t number = 0;
+        const char* const stop = in.end - first > most_digits ? first + most_digits : in.end;
+        in.p = read_digits(first, stop, number);
+        if (in.p == first) return false;
+        numbers[count++] = static_cast<long long>(number);
     } while (in.take(separator));
     unsigned fraction = 0;
     if (count < least || !read_fraction(fraction, in, config) || !in.done()) return false;
     constexpr long long units[] = {ticks_per_second, ticks_per_minute, ticks_per_hour, ticks_per_day};
     long long ticks = fraction;
-    for (unsigned i = 0; i < count; ++i) ticks += numbers[i] * units[count - 1 - i];
+    for (unsigned i = 0; i < count; ++i) {
+        if (!add_units(ticks, numbers[i], units[count - 1 - i])) return false;
+    }
     value = duration{negative ? -ticks : ticks};
     return true;
 }

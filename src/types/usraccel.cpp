@@ -27,6 +27,8 @@ void usraccel::find(const usrheap& heap, unsigned count, output_column out, inpu
     });
 }
 
+void usraccel::admit(const usratom&) const {}
+
 void usraccel::insert(const usrheap&, const usratom&, unsigned long long) {}
 
 }  // namespace qve

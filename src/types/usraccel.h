@@ -41,6 +41,8 @@ public:
     /// The tokens of the values of a vector, of the heap's type, in the width of `out`; all ones for the absent and for
     /// nulls.
     void find(const usrheap& heap, unsigned count, output_column out, input_column in, const unsigned* selection) const;
+    /// Called before an entry is appended; throws when it may not come next.
+    virtual void admit(const usratom& atom) const;
     /// Learns of the entry that was just appended.
     virtual void insert(const usrheap& heap, const usratom& atom, unsigned long long token);
     /// This, if it is a hashaccel.

@@ -148,6 +148,7 @@ unsigned long long usrheap::put_present(usraccel& index, const usratom& atom) {
     if (index.hashed()) return put_bytes(atom.data(), atom.length());
     unsigned long long token = index.find(*this, atom);
     if (token != null_token) return token;
+    index.admit(atom);
     // What is appended may move the bytes of the atom.
     const usratom copy(m_type, atom.data(), atom.length());
     token = append(copy.bytes());

@@ -175,8 +175,8 @@ TEST_F(TextHeap, GrowsAgainstAMap) {
         heap = varchar::usrtypeof(varchar::clob_precision, 1)->heap(stream.get());
         std::map<std::string, unsigned long long> expected;
         std::vector<std::string> values;
-        for (int i = 0; i < 30000; ++i) {
-            const unsigned n = random() % 8000;
+        for (int i = 0; i < 12000; ++i) {
+            const unsigned n = random() % 4000;
             values.push_back(n % 7 ? "value " + std::to_string(n) : std::string(n % 60, 'x'));
         }
         std::vector<std::string_view> views(values.begin(), values.end());
@@ -190,7 +190,7 @@ TEST_F(TextHeap, GrowsAgainstAMap) {
                     tokens[i] = views[i].data() ? put(views[i]) : usrheap::null_token;
                 }
             }
-            if (on_disk && from == 12000) {
+            if (on_disk && from == 5000) {
                 EXPECT_GT(stream->Purge(), 0U);
             }
         }

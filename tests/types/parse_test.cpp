@@ -225,7 +225,7 @@ TEST(ParseFuzz, NumbersAgreeWithTheLibrary) {
     SCOPED_TRACE(seed);
     std::mt19937_64 random(seed);
     char text[64];
-    for (int i = 0; i < 200000; ++i) {
+    for (int i = 0; i < 50000; ++i) {
         const auto bits = random();
         const long long integer = static_cast<long long>(bits) >> (random() % 64);
         if (is_null(integer)) continue;
@@ -254,7 +254,7 @@ TEST(ParseFuzz, JunkNeverBreaksAnything) {
     constexpr std::string_view alphabet = "0123456789012345678901234567890123456789+-.,eE%:/ TZamPM$()\"'\\\xC3";
     parse_config config;
     config.currency = "$";
-    for (int i = 0; i < 200000; ++i) {
+    for (int i = 0; i < 50000; ++i) {
         std::string text;
         for (auto n = random() % 28; n > 0; --n) text.push_back(alphabet[random() % alphabet.size()]);
         config.date_order = i % 2 ? std::array{parse_config::day, parse_config::month, parse_config::year}
@@ -263,7 +263,8 @@ TEST(ParseFuzz, JunkNeverBreaksAnything) {
         const std::vector<char> exact(text.begin(), text.end());
         const auto n = static_cast<unsigned>(exact.size());
         const auto check = [&](auto parse, auto value) {
-            ASSERT_EQ(parse(value, 0, n, exact.data(), config), is_null(value)) << text;
+            const bool failed = parse(value, 0, n, exact.data(), config);
+            ASSERT_EQ(failed, is_null(value)) << text;
         };
         check(parse_bit_char, bit{});
         check(parse_boolean_char, bit{});
