@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qve::cli {
+
+enum class Format { table, csv, tsv, json, vertical };
+
+/// What the user asked for.
+struct CommandLine {
+    /// Statement texts, and files of them, in the order of the command line.
+    struct Input {
+        bool isFile = false;
+        std::string text;  ///< the statements, or the path
+    };
+    std::vector<Input> inputs;  ///< none: standard input
+    std::string connect;        ///< connection string of a running server; empty: start one
+    std::string server;         ///< path of the server program
+    std::string serverLog;      ///< log file of a server that is started
+    Format format = Format::table;
+    bool timing = false;
+    bool stopOnError = false;
+
+    /// Ends the process for --help, --version and for what is no option.
+    static CommandLine Parse(int argc, char** argv);
+};
+
+}  // namespace qve::cli

@@ -1,0 +1,116 @@
+#include "cli/Session.h"
+
+#include <cstring>
+#include <vector>
+
+#include "cli/value_text.h"
+
+namespace qve::cli {
+namespace {
+
+/// The texts of an error, and the handle's end.
+std::string TextOf(QVE_ErrorInfo* raw) {
+    const ErrorInfoHandle info(raw);
+    uint32_t count = 0;
+    if (!info || QVE_ErrorInfoGetCount(info.get(), &count) != QVE_OK) return {};
+    std::string texts;
+    for (uint32_t i = 0; i < count; ++i) {
+        QVE_Status status = 0;
+        const char* text = nullptr;
+        if (QVE_ErrorInfoGetError(info.get(), i, &status, &text) != QVE_OK) continue;
+        if (!texts.empty()) texts += "\n";
+        texts += text;
+    }
+    return texts;
+}
+
+/// For failures that happen before there is a place that keeps their texts.
+void CheckOpened(QVE_Status status) {
+    if (status != QVE_OK) throw Failure(status, "out of memory");
+}
+
+}  // namespace
+
+Session::Session(const CommandLine& commandLine, Interrupt& interrupt) : m_interrupt(interrupt) {
+    const Interrupt::Shield shield;
+    const char* descriptor = commandLine.connect.c_str();
+    if (commandLine.connect.empty()) {
+        StartServer(commandLine);
+        QVE_ServerProcessGetConnectionDescriptor(m_server.get(), &descriptor);
+    }
+    QVE_Connection* connection = nullptr;
+    CheckOpened(QVE_ConnectionOpen(&connection));
+    m_connection.reset(connection);
+    Check(QVE_ConnectionConnect(connection, descriptor));
+}
+
+void Session::StartServer(const CommandLine& commandLine) {
+    QVE_ServerProcess* server = nullptr;
+    CheckOpened(QVE_ServerProcessOpen(&server));
+    m_server.reset(server);
+    QVE_ServerProcessOptions options = {};
+    options.path = commandLine.server.c_str();
+    options.log = commandLine.serverLog.c_str();
+    const QVE_Status status = QVE_ServerProcessStart(server, &options);
+    if (status == QVE_OK) return;
+    QVE_ErrorInfo* info = nullptr;
+    QVE_ServerProcessGetErrorInfo(server, &info);
+    throw Failure(status, TextOf(info));
+}
+
+void Session::Check(QVE_Status status) const {
+    if (status == QVE_OK) return;
+    QVE_ErrorInfo* info = nullptr;
+    QVE_GetErrorInfo(m_connection.get(), &info);
+    throw Failure(status, TextOf(info));
+}
+
+bool Session::Run(const std::string& text, ResultWriter& writer) {
+    QVE_Statement* raw = nullptr;
+    Check(QVE_StatementOpen(m_connection.get(), &raw));
+    const StatementHandle statement(raw);
+    const Interrupt::Running running(m_interrupt, [raw] { QVE_StatementCancel(raw); });
+    Check(QVE_StatementPrepare(raw, text.c_str()));
+    QVE_Rowset* rowset = nullptr;
+    Check(QVE_StatementExecute(raw, &rowset));
+    const RowsetHandle result(rowset);
+    if (!result) return false;
+    Print(*result, writer);
+    return true;
+}
+
+std::vector<ResultColumn> Session::Describe(QVE_Rowset& rowset) const {
+    uint32_t count = 0;
+    Check(QVE_RowsetGetColumnCount(&rowset, &count));
+    std::vector<ResultColumn> columns(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        QVE_Properties* raw = nullptr;
+        Check(QVE_RowsetGetColumnProperties(&rowset, i, &raw));
+        const PropertiesHandle properties(raw);
+        QVE_Value key;
+        QVE_Value value;
+        Check(QVE_PropertiesGetProperty(raw, 0, &key, &value));
+        columns[i].name = ValueText(value);
+        Check(QVE_PropertiesGetProperty(raw, 1, &key, &value));
+        if (value.size == sizeof(columns[i].type)) std::memcpy(&columns[i].type, value.data, value.size);
+    }
+    return columns;
+}
+
+void Session::Print(QVE_Rowset& rowset, ResultWriter& writer) const {
+    const std::vector<ResultColumn> columns = Describe(rowset);
+    writer.Begin(columns);
+    if (!columns.empty()) {
+        // Whole rows: a page of the server never ends within one.
+        std::vector<QVE_Value> values(columns.size() * 1024);
+        std::size_t count = 0;
+        while (true) {
+            Check(QVE_RowsetGetValues(&rowset, values.size(), values.data(), &count));
+            if (count == 0) break;
+            for (std::size_t i = 0; i + columns.size() <= count; i += columns.size()) writer.Row(values.data() + i);
+        }
+    }
+    writer.End();
+}
+
+}  // namespace qve::cli
