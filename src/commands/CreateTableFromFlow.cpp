@@ -1,0 +1,50 @@
+#include "commands/CreateTableFromFlow.h"
+
+#include <algorithm>
+
+#include "algebra/DataFlow.h"
+#include "algebra/FlowTable.h"
+#include "algebra/Save.h"
+#include "commands/status.h"
+#include "metrics/Scope.h"
+#include "system/QuillonException.h"
+#include "system/unicode.h"
+#include "telemetry/LogScopeTime.h"
+
+namespace qve {
+
+CreateTableFromFlow::CreateTableFromFlow(RefCntPtr<Database> database, std::wstring schema, std::wstring name,
+                                         RefCntPtr<Namespace> plan)
+    : CreateTable(std::move(database), std::move(schema), std::move(name)), m_plan(std::move(plan)) {}
+
+RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
+    Metrics::Scope scope("CreateTableFromFlow::Execute");
+    LogScopeTime time("CreateTableFromFlow::Execute");
+    // A name that is taken is said before the work, not after it; making the table looks again.
+    const std::vector<std::wstring> tables = m_database->GetTableNames(m_schema);
+    if (std::find(tables.begin(), tables.end(), m_name) != tables.end()) {
+        throw QVE_RuntimeError(status::CreateTableFromFlow_exists,
+                               "CreateTableFromFlow: table exists: " + narrow(m_schema) + "." + narrow(m_name));
+    }
+    const RefCntPtr<Namespace> result = m_plan->Execute(pageSize);
+    auto table = DynamicPtrCast<Table>(result);
+    if (!table) {
+        auto flow = DynamicPtrCast<DataFlow>(result);
+        if (!flow) throw QVE_LogicError(status::CreateTableFromFlow_plan, "CreateTableFromFlow: no rows");
+        table = MakeRef<FlowTable>(std::move(flow));
+    }
+    table->Build(pageSize);
+
+    Database::Transaction transaction(*m_database);
+    m_database->CreateTable(m_name, m_schema);
+    Save(table, m_database, m_schema, m_name).Build(pageSize);
+    transaction.Commit();
+    return nullptr;
+}
+
+void CreateTableFromFlow::Do(RefCntPtr<Database> database, const std::wstring& schema, const std::wstring& name,
+                             RefCntPtr<Namespace> plan) {
+    MakeRef<CreateTableFromFlow>(std::move(database), schema, name, std::move(plan))->Execute(Namespace::s_blockLength);
+}
+
+}  // namespace qve

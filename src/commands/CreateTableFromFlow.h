@@ -1,0 +1,26 @@
+#pragma once
+
+#include "commands/CreateTable.h"
+
+namespace qve {
+
+/// Makes a table of the rows of a plan. The rows are computed first, beside the database; the table appears with all of
+/// them in one step, and a failure, a cancel or a kill before that leaves the database as it was.
+class CreateTableFromFlow : public CreateTable {
+public:
+    /// @param plan a flow or a table
+    CreateTableFromFlow(RefCntPtr<Database> database, std::wstring schema, std::wstring name,
+                        RefCntPtr<Namespace> plan);
+
+    RefCntPtr<Namespace> Execute(unsigned pageSize) override;
+    RefCntPtr<Namespace> GetPlan() const override { return m_plan; }
+
+    /// Makes the table at once.
+    static void Do(RefCntPtr<Database> database, const std::wstring& schema, const std::wstring& name,
+                   RefCntPtr<Namespace> plan);
+
+private:
+    const RefCntPtr<Namespace> m_plan;
+};
+
+}  // namespace qve

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "commands/Statement.h"
+#include "storage/Database.h"
+
+namespace qve {
+
+class DropSchema : public Statement {
+public:
+    /// @param cascade with its tables
+    /// @param ifexists a missing one is no failure
+    DropSchema(RefCntPtr<Database> database, std::wstring name, bool cascade, bool ifexists);
+
+    void Accept(OperatorVisitor& visitor) override;
+    RefCntPtr<Namespace> Execute(unsigned pageSize) override;
+
+    const std::wstring& GetName() const { return m_name; }
+
+private:
+    const RefCntPtr<Database> m_database;
+    const std::wstring m_name;
+    const bool m_cascade;
+    const bool m_ifexists;
+};
+
+}  // namespace qve

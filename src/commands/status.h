@@ -1,0 +1,13 @@
+#pragma once
+
+namespace qve::status {
+
+inline constexpr int Statement_GetColumn = 40600;
+inline constexpr int Statement_DescribeColumn = 40601;
+inline constexpr int DropDatabase_file = 40602;
+inline constexpr int CreateTableFromFlow_exists = 40603;
+inline constexpr int CreateTableFromFlow_plan = 40604;
+inline constexpr int ShowFolder_path = 40605;
+inline constexpr int ShowDatabases_path = 40606;
+
+}  // namespace qve::status
