@@ -16,6 +16,7 @@
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogScopeTime.h"
+#include "types/complete_type.h"
 
 namespace qve {
 
@@ -26,8 +27,9 @@ namespace {
                            "SimpleDatabase::SelectColumnProperties: no such column " + narrow(column));
 }
 
-/// What every stored column has: text is compressed, since a cell has a fixed width.
+/// What every stored column has: the whole of its type, and for text a dictionary, since a cell has a fixed width.
 void CompleteProperties(usrprops& properties) {
+    if (!properties.has(usrpropkey::factory)) properties += complete_type(properties);
     const usrtype* const type = usrtype::resolve(properties);
     if (type->fixed() || properties.has(usrpropkey::compression)) return;
     properties.set(usrpropkey::compression, L"heap");
