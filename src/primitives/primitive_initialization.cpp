@@ -93,7 +93,7 @@ void define_primitive_results() {
     static const value_result cast_usr8(L"usr8", usrpropkey::empty, 0, true),
         greatest(L"greatest", usrpropkey::empty, 0, false), least(L"least", usrpropkey::empty, 0, false);
     static const text_result concat(L"concat"), dayname(L"dayname"), monthname(L"monthname"), chr(L"chr"),
-        space(L"space");
+        space(L"space"), replace(L"replace"), split(L"split");
 }
 
 }  // namespace qve

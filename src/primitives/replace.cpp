@@ -3,14 +3,8 @@
 namespace qve {
 namespace {
 
-template <class A, class B>
-using with_third =
-    signatures<sig<usr4, A, B, usr1>, sig<usr4, A, B, usr2>, sig<usr4, A, B, usr4>, sig<usr4, A, B, usr8>>;
-using text_triples =
-    joined<with_third<usr1, usr1>, with_third<usr1, usr2>, with_third<usr1, usr4>, with_third<usr1, usr8>,
-           with_third<usr2, usr1>, with_third<usr2, usr2>, with_third<usr2, usr4>, with_third<usr2, usr8>,
-           with_third<usr4, usr1>, with_third<usr4, usr2>, with_third<usr4, usr4>, with_third<usr4, usr8>,
-           with_third<usr8, usr1>, with_third<usr8, usr2>, with_third<usr8, usr4>, with_third<usr8, usr8>>;
+template <class A, class B, class C>
+using replace_sig = sig<usr4, A, B, C>;
 
 struct replace_function {
     static constexpr const wchar_t* name = L"replace";
@@ -21,7 +15,8 @@ struct replace_function {
     }
 };
 
-const register_text_function<replace_function, text_triples, modes3> registered;
+const register_text_function<replace_function, for_each_triple<replace_sig, usr_atoms, usr_atoms, usr_atoms>, modes3>
+    registered;
 
 }  // namespace
 

@@ -59,6 +59,18 @@ struct crossed<Sig, atoms<A...>, Right> {
     using type = typename joined<signatures<>, decltype(row<A>(Right()))...>::type;
 };
 
+template <template <class, class, class> class Sig, class Left, class Middle, class Right>
+struct crossed3;
+template <template <class, class, class> class Sig, class... A, class Middle, class Right>
+struct crossed3<Sig, atoms<A...>, Middle, Right> {
+    template <class One>
+    struct with {
+        template <class B, class C>
+        using sig = Sig<One, B, C>;
+    };
+    using type = typename joined<signatures<>, typename crossed<with<A>::template sig, Middle, Right>::type...>::type;
+};
+
 template <size_t Width>
 struct unsigned_of_width;
 template <>
@@ -110,6 +122,10 @@ using for_each_atom = typename detail::each<Sig, List>::type;
 /// Sig<A, B> for each pair of two lists.
 template <template <class, class> class Sig, class Left, class Right = Left>
 using for_each_pair = typename detail::crossed<Sig, Left, Right>::type;
+
+/// Sig<A, B, C> for each triple of three lists.
+template <template <class, class, class> class Sig, class Left, class Middle, class Right>
+using for_each_triple = typename detail::crossed3<Sig, Left, Middle, Right>::type;
 
 /// The unsigned atom as wide as T.
 template <class T>

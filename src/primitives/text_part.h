@@ -18,6 +18,12 @@ inline bool is_count(long long number) {
     return number >= 0 && number < 0xFFFFFFFF;
 }
 
+/// A number of places or pieces, where more than an int holds is as good as the most it holds.
+inline int within_int(long long number) {
+    constexpr long long most = std::numeric_limits<int>::max();
+    return static_cast<int>(number > most ? most : number < -most ? -most : number);
+}
+
 inline unsigned unit_width(const usratom& text) {
     return static_cast<unsigned>(text.type()->scale());
 }

@@ -1,0 +1,12 @@
+#include "primitives/winner.h"
+
+namespace qve {
+namespace {
+
+const register_winner<true> registered(L"greatest", L"max");
+
+}  // namespace
+
+void define_greatest() {}
+
+}  // namespace qve

@@ -1,0 +1,12 @@
+#include "primitives/winner.h"
+
+namespace qve {
+namespace {
+
+const register_winner<false> registered(L"least", L"min");
+
+}  // namespace
+
+void define_least() {}
+
+}  // namespace qve
