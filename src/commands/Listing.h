@@ -6,6 +6,7 @@
 
 #include "algebra/ColumnNames.h"
 #include "algebra/Table.h"
+#include "storage/Column.h"
 #include "types/datetime.h"
 #include "types/usrprops.h"
 
