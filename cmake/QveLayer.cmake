@@ -16,7 +16,8 @@ function(qve_layer name)
     add_library(${name} ${sources})
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${CMAKE_SOURCE_DIR}/src FILES ${headers})
     target_link_libraries(${name} PUBLIC ${LAYER_USES} ${LAYER_LIBRARIES})
-    target_compile_options(${name} PRIVATE ${LAYER_OPTIONS})
+    # Optimisation beyond -O2 is for the release: elsewhere it would only cost build time.
+    target_compile_options(${name} PRIVATE "$<$<CONFIG:Release>:${LAYER_OPTIONS}>")
     qve_warnings(${name})
 endfunction()
 

@@ -9,6 +9,7 @@ RefCntPtr<VQLTable> DescribeVQLTable(const VQLIdentifier& name, const DatabaseSc
     VQLColumnSpace::Columns columns;
     for (const std::wstring& column : schema.GetColumnNames(table)) {
         usrprops properties = schema.DescribeColumn(table, column);
+        properties.set(usrpropkey::ordinal, columns.size());  // results list columns in the catalog's order
         const VQLDataType type = VQLDataTypeFromProps(properties);
         columns.push_back(MakeRef<VQLColumn>(VQLIdentifier::Unquoted(column, dictionary), type, std::move(properties)));
     }

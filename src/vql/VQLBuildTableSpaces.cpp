@@ -2,6 +2,7 @@
 
 #include "metrics/Scope.h"
 #include "storage/DatabaseFamily.h"
+#include "vql/TextVQLTableSpace.h"
 #include "vql/VQLQueries.h"
 
 namespace qve {
@@ -18,7 +19,14 @@ private:
     void VisitTable(VQLTableQuery& query) override { AddDatabase(query.GetDatabasePath()); }
     void VisitDomain(VQLDomainQuery& query) override { AddDatabase(query.GetDatabasePath()); }
     void VisitIndexTable(VQLIndexTableQuery& query) override { AddDatabase(query.GetDatabasePath()); }
-    void VisitText(VQLTextQuery&) override {}
+    void VisitText(VQLTextQuery& query) override {
+        const std::wstring space = VQLTableSpaceFamily::TextSpacePath(query);
+        if (m_family.HasTableSpace(space)) return;
+        const RefCntPtr<VQLTableSpace> text = MakeRef<TextVQLTableSpace>(
+            m_family.GetDictionary(), m_databases.ResolveDataFilePath(query.GetPath()), query.GetSchema(),
+            query.GetTextProperties());
+        m_family.AddTableSpace(text, space);
+    }
     void VisitRemoteQuery(VQLRemoteQuery&) override {}
     void VisitSelect(VQLSelectQuery& query) override { (*this)(query.GetInput()); }
     void VisitProject(VQLProjectQuery& query) override { (*this)(query.GetInput()); }

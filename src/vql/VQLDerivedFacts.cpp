@@ -43,43 +43,50 @@ void VQLDerivedFacts::Store(VQLQuery& query) const {
     query.SetSortSpecsList(m_sorts);
 }
 
-namespace {
-
-/// One carrier for each column; false when some column has none.
-bool CarryAll(const VQLIdentifierSet& columns, const VQLDerivedFacts::Carriers& carriers, VQLIdentifierSet& carried) {
-    for (const VQLIdentifier& column : columns) {
-        const std::vector<VQLIdentifier> names = carriers.Of(column);
-        if (names.empty()) return false;
-        carried.insert(names[0]);
+std::optional<VQLIdentifier> VQLDerivedFacts::Carry(const VQLIdentifier& column, const Carriers& carriers) const {
+    const std::vector<VQLIdentifier> names = carriers.Of(column);
+    if (!names.empty()) return names[0];
+    // A column that is gone may live on in an equal one.
+    const auto classOfColumn = m_equivalences.find(column);
+    if (classOfColumn == m_equivalences.end()) return {};
+    for (const auto& [other, classNumber] : m_equivalences) {
+        if (classNumber != classOfColumn->second) continue;
+        const std::vector<VQLIdentifier> others = carriers.Of(other);
+        if (!others.empty()) return others[0];
     }
-    return true;
+    return {};
 }
 
-}  // namespace
+std::optional<VQLIdentifierSet> VQLDerivedFacts::Carry(const VQLIdentifierSet& columns,
+                                                       const Carriers& carriers) const {
+    VQLIdentifierSet carried;
+    for (const VQLIdentifier& column : columns) {
+        const std::optional<VQLIdentifier> name = Carry(column, carriers);
+        if (!name) return {};
+        carried.insert(*name);
+    }
+    return carried;
+}
 
 VQLDerivedFacts VQLDerivedFacts::Through(const Carriers& carriers) const {
     VQLDerivedFacts facts;
-    for (const auto& [column, sources] : m_dependencies) {
-        VQLIdentifierSet carried;
-        if (!CarryAll(sources, carriers, carried)) continue;
-        for (const VQLIdentifier& name : carriers.Of(column)) facts.AddDependency(name, carried);
-    }
+    for (const auto& [column, sources] : m_dependencies)
+        if (const auto carried = Carry(sources, carriers))
+            for (const VQLIdentifier& name : carriers.Of(column)) facts.AddDependency(name, *carried);
     std::map<unsigned, VQLIdentifier> firstOfClass;
     for (const auto& [column, classNumber] : m_equivalences)
         for (const VQLIdentifier& name : carriers.Of(column)) {
             const auto [first, isFirst] = firstOfClass.emplace(classNumber, name);
             if (!isFirst) facts.AddEquivalence(first->second, name);
         }
-    for (const VQLIdentifierSet& key : m_uniqueKeys) {
-        VQLIdentifierSet carried;
-        if (CarryAll(key, carriers, carried)) facts.AddUniqueKey(std::move(carried));
-    }
+    for (const VQLIdentifierSet& key : m_uniqueKeys)
+        if (auto carried = Carry(key, carriers)) facts.AddUniqueKey(std::move(*carried));
     for (const VQLQuery::SortSpecs& sort : m_sorts) {
         VQLQuery::SortSpecs carried;
         for (const VQLQuery::SortSpec& spec : sort) {
-            const std::vector<VQLIdentifier> names = carriers.Of(spec.column);
-            if (names.empty()) break;
-            carried.push_back({names[0], spec.sense});
+            const std::optional<VQLIdentifier> name = Carry(spec.column, carriers);
+            if (!name) break;
+            carried.push_back({*name, spec.sense});
         }
         facts.AddSort(std::move(carried));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "vql/VQLExpression.h"
@@ -58,6 +59,10 @@ public:
     void ClearSorts() { m_sorts.clear(); }
 
 private:
+    /// An output column that holds the values of an input column; for a set, one for each, or nothing.
+    std::optional<VQLIdentifier> Carry(const VQLIdentifier& column, const Carriers& carriers) const;
+    std::optional<VQLIdentifierSet> Carry(const VQLIdentifierSet& columns, const Carriers& carriers) const;
+
     VQLQuery::Dependencies m_dependencies;
     VQLQuery::Equivalences m_equivalences;
     unsigned m_nextClass = 0;

@@ -41,8 +41,11 @@ VQLIdentifierSet VQLQuery::GetEquivalentColumns(const VQLIdentifier& column) con
 }
 
 bool VQLQuery::IsUnique(const VQLIdentifierSet& columns) const {
+    VQLIdentifierSet known = columns;
+    if (!m_equivalences.empty())
+        for (const VQLIdentifier& column : columns) known.merge(GetEquivalentColumns(column));
     return std::any_of(m_uniqueKeys.begin(), m_uniqueKeys.end(), [&](const VQLIdentifierSet& key) {
-        return std::includes(columns.begin(), columns.end(), key.begin(), key.end());
+        return std::includes(known.begin(), known.end(), key.begin(), key.end());
     });
 }
 

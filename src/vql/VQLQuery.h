@@ -62,7 +62,7 @@ public:
     virtual bool IsEquivalent(const VQLIdentifier& a, const VQLIdentifier& b) const;
     /// The columns that equal `column`, itself among them.
     virtual VQLIdentifierSet GetEquivalentColumns(const VQLIdentifier& column) const;
-    /// Whether some unique key lies within `columns`.
+    /// Whether some unique key lies within `columns` and what equals them.
     virtual bool IsUnique(const VQLIdentifierSet& columns) const;
     /// Whether some known ordering begins with `specs`, equal columns counting as the same. True for no specs.
     virtual bool IsSortedBy(const SortSpecs& specs) const;

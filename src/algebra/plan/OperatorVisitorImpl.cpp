@@ -10,6 +10,7 @@
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/absent_operator.h"
+#include "commands/CreateTable.h"
 
 namespace qve {
 
@@ -47,6 +48,44 @@ void OperatorVisitorImpl::VisitTopN(TopN& flow) {
     flow.GetSource()->Accept(m_below);
 }
 
+// Statements and text scans have no sources, but for a table that is made of a plan.
+
+void OperatorVisitorImpl::VisitCreateTable(CreateTable& statement) {
+    if (const RefCntPtr<Namespace> plan = statement.GetPlan()) plan->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitCreateDatabase(CreateDatabase&) {}
+
+void OperatorVisitorImpl::VisitCreateFolder(CreateFolder&) {}
+
+void OperatorVisitorImpl::VisitCreateSchema(CreateSchema&) {}
+
+void OperatorVisitorImpl::VisitDropColumn(DropColumn&) {}
+
+void OperatorVisitorImpl::VisitDropDatabase(DropDatabase&) {}
+
+void OperatorVisitorImpl::VisitDropFolder(DropFolder&) {}
+
+void OperatorVisitorImpl::VisitDropSchema(DropSchema&) {}
+
+void OperatorVisitorImpl::VisitDropTable(DropTable&) {}
+
+void OperatorVisitorImpl::VisitShowCollations(ShowCollations&) {}
+
+void OperatorVisitorImpl::VisitShowDatabase(ShowDatabase&) {}
+
+void OperatorVisitorImpl::VisitShowDatabases(ShowDatabases&) {}
+
+void OperatorVisitorImpl::VisitShowFolder(ShowFolder&) {}
+
+void OperatorVisitorImpl::VisitShowSchemas(ShowSchemas&) {}
+
+void OperatorVisitorImpl::VisitShowVirtualTable(ShowVirtualTable&) {}
+
+void OperatorVisitorImpl::VisitShowTables(ShowTables&) {}
+
+void OperatorVisitorImpl::VisitTextScan(TextScan&) {}
+
 // Operators of these classes cannot be built yet.
 
 void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
@@ -73,44 +112,8 @@ void OperatorVisitorImpl::VisitCompact(Compact&) {
     throw_absent_operator("Compact");
 }
 
-void OperatorVisitorImpl::VisitCreateDatabase(CreateDatabase&) {
-    throw_absent_operator("CreateDatabase");
-}
-
-void OperatorVisitorImpl::VisitCreateFolder(CreateFolder&) {
-    throw_absent_operator("CreateFolder");
-}
-
-void OperatorVisitorImpl::VisitCreateSchema(CreateSchema&) {
-    throw_absent_operator("CreateSchema");
-}
-
-void OperatorVisitorImpl::VisitCreateTable(CreateTable&) {
-    throw_absent_operator("CreateTable");
-}
-
 void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable&) {
     throw_absent_operator("DictionaryTable");
-}
-
-void OperatorVisitorImpl::VisitDropColumn(DropColumn&) {
-    throw_absent_operator("DropColumn");
-}
-
-void OperatorVisitorImpl::VisitDropDatabase(DropDatabase&) {
-    throw_absent_operator("DropDatabase");
-}
-
-void OperatorVisitorImpl::VisitDropFolder(DropFolder&) {
-    throw_absent_operator("DropFolder");
-}
-
-void OperatorVisitorImpl::VisitDropSchema(DropSchema&) {
-    throw_absent_operator("DropSchema");
-}
-
-void OperatorVisitorImpl::VisitDropTable(DropTable&) {
-    throw_absent_operator("DropTable");
 }
 
 void OperatorVisitorImpl::VisitExchange(Exchange&) {
@@ -175,38 +178,6 @@ void OperatorVisitorImpl::VisitRemoteQuery(RemoteQuery&) {
 
 void OperatorVisitorImpl::VisitSharedTable(SharedTable&) {
     throw_absent_operator("SharedTable");
-}
-
-void OperatorVisitorImpl::VisitShowCollations(ShowCollations&) {
-    throw_absent_operator("ShowCollations");
-}
-
-void OperatorVisitorImpl::VisitShowDatabase(ShowDatabase&) {
-    throw_absent_operator("ShowDatabase");
-}
-
-void OperatorVisitorImpl::VisitShowDatabases(ShowDatabases&) {
-    throw_absent_operator("ShowDatabases");
-}
-
-void OperatorVisitorImpl::VisitShowFolder(ShowFolder&) {
-    throw_absent_operator("ShowFolder");
-}
-
-void OperatorVisitorImpl::VisitShowSchemas(ShowSchemas&) {
-    throw_absent_operator("ShowSchemas");
-}
-
-void OperatorVisitorImpl::VisitShowVirtualTable(ShowVirtualTable&) {
-    throw_absent_operator("ShowVirtualTable");
-}
-
-void OperatorVisitorImpl::VisitShowTables(ShowTables&) {
-    throw_absent_operator("ShowTables");
-}
-
-void OperatorVisitorImpl::VisitTextScan(TextScan&) {
-    throw_absent_operator("TextScan");
 }
 
 void OperatorVisitorImpl::VisitTransform(Transform&) {

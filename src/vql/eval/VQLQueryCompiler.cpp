@@ -11,11 +11,13 @@
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
+#include "ingest/TextScan.h"
 #include "metrics/Scope.h"
 #include "storage/Column.h"
 #include "storage/Database.h"
 #include "storage/DatabaseFamily.h"
 #include "storage/DatabaseSchema.h"
+#include "storage/stream/DataStream.h"
 #include "system/QuillonException.h"
 #include "vql/VQLExpressions.h"
 #include "vql/VQLQueries.h"
@@ -54,6 +56,42 @@ RefCntPtr<DataFlow> ScanOf(const RefCntPtr<Table>& table, const ColumnNames& nam
     const auto* scanned = dynamic_cast<const ScanTable*>(table.get());
     return MakeRef<Scan>(scanned ? scanned->GetInnerTable() : table, names);
 }
+
+// The output columns of a leaf that are wanted.
+template <class Leaf>
+VQLIdentifierSet ScannedColumns(const Leaf& query) {
+    VQLIdentifierSet scanned = query.GetScanColumns();
+    if (!scanned.empty()) return scanned;
+    for (const auto& column : query.GetColumnSpace()->GetColumns()) scanned.insert(column->GetName());
+    return scanned;
+}
+
+// The columns of a leaf by their stored names and by those that they have in the query.
+struct Renaming {
+    Renaming(const VQLIdentifierSet& scanned, const VQLColumnMap& columns) : shown(NamesOf(scanned)) {
+        for (const auto& column : scanned) {
+            const std::wstring& outer = column.GetComponents().back().AsString();
+            const std::wstring& inner = columns.PartialRemap(column).GetComponents().back().AsString();
+            stored.insert(inner);
+            if (inner != outer) renames.emplace_back(inner, outer);
+        }
+    }
+    bool IsTrivial() const { return renames.empty(); }
+    // The flow of stored columns under the names of the query.
+    RefCntPtr<DataFlow> Apply(RefCntPtr<DataFlow> flow) const {
+        if (IsTrivial()) return flow;
+        std::vector<RefCntPtr<Exp>> columns;
+        for (const auto& [inner, outer] : renames) {
+            columns.push_back(MakeRef<ColumnExp>(flow->DescribeColumn(inner)));
+            columns.back()->SetName(outer);
+        }
+        return MakeRef<Restrict>(MakeRef<Project>(std::move(flow), std::move(columns)), shown);
+    }
+
+    ColumnNames shown;
+    ColumnNames stored;
+    std::vector<std::pair<std::wstring, std::wstring>> renames;  // stored name, name in the query
+};
 
 // The number of groups that the dictionaries and statistics of the keys let expect; 0 when they say nothing.
 unsigned EstimateGroups(const Namespace& source, const ColumnNames& keys) {
@@ -116,30 +154,22 @@ void VQLQueryCompiler::VisitTable(VQLTableQuery& query) {
     if (query.GetParallelism() > 1) RaiseNotSupported("reading a table in parallel");
     const RefCntPtr<Database> database = m_databases.GetDatabase(query.GetDatabasePath());
 
-    VQLIdentifierSet scanned = query.GetScanColumns();
-    if (scanned.empty()) {
-        for (const auto& column : query.GetColumnSpace()->GetColumns()) scanned.insert(column->GetName());
+    const Renaming renaming(ScannedColumns(query), query.GetColumnMap());
+    auto leaf =
+        MakeRef<LeafTable>(*database->GetSchema(components[0].AsString()), components[1].AsString(), renaming.stored);
+    if (renaming.IsTrivial()) {
+        Push(MakeRef<ScanTable>(leaf, renaming.stored));
+    } else {
+        Push(renaming.Apply(MakeRef<Scan>(leaf, renaming.stored)));
     }
-    ColumnNames stored;
-    std::vector<std::pair<std::wstring, std::wstring>> renames;  // stored name, name in the query
-    for (const auto& column : scanned) {
-        const std::wstring& outer = GetIdentifier(column);
-        const std::wstring& inner = GetIdentifier(query.GetColumnMap().PartialRemap(column));
-        stored.insert(inner);
-        if (inner != outer) renames.emplace_back(inner, outer);
-    }
-    auto leaf = MakeRef<LeafTable>(*database->GetSchema(components[0].AsString()), components[1].AsString(), stored);
-    if (renames.empty()) {
-        Push(MakeRef<ScanTable>(leaf, stored));
-        return;
-    }
-    std::vector<RefCntPtr<Exp>> columns;
-    for (const auto& [inner, outer] : renames) {
-        columns.push_back(MakeRef<ColumnExp>(leaf->DescribeColumn(inner)));
-        columns.back()->SetName(outer);
-    }
-    auto renamed = MakeRef<Project>(MakeRef<Scan>(leaf, stored), std::move(columns));
-    Push(MakeRef<Restrict>(renamed, NamesOf(scanned)));
+}
+
+void VQLQueryCompiler::VisitText(VQLTextQuery& query) {
+    const std::wstring path = m_databases.ResolveDataFilePath(query.GetPath());
+    const Renaming renaming(ScannedColumns(query), query.GetColumnMap());
+    auto scan =
+        MakeRef<TextScan>(TextScan::OpenFile(path), query.GetSchema(), query.GetTextProperties(), renaming.stored);
+    Push(renaming.Apply(scan));
 }
 
 void VQLQueryCompiler::VisitSelect(VQLSelectQuery& query) {
@@ -229,9 +259,6 @@ void VQLQueryCompiler::VisitTop(VQLTopQuery& query) {
     Push(MakeRef<TopN>(std::move(input), GetSortSpecs(query.GetOrders()), count > 0 ? count : 0));
 }
 
-void VQLQueryCompiler::VisitText(VQLTextQuery&) {
-    RaiseNotSupported("text");
-}
 void VQLQueryCompiler::VisitDomain(VQLDomainQuery&) {
     RaiseNotSupported("domain");
 }

@@ -32,7 +32,7 @@ namespace {
 // A query on its way through the passes.
 class Evaluation {
 public:
-    Evaluation(const DatabaseFamily& databases, SymbolDictionary& symbols, RefCntPtr<VQLQuery> query)
+    Evaluation(DatabaseFamily& databases, SymbolDictionary& symbols, RefCntPtr<VQLQuery> query)
         : m_query(std::move(query)),
           m_detailed(VQLQueryEvaluator::GetDefaultDetailedLogging()),
           m_spaces(VQLBuildTableSpaces(m_query, databases, symbols)),

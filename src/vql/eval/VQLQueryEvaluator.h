@@ -17,7 +17,7 @@ class VQLNode;
 class VQLQueryEvaluator : public VQLEvaluatorSettings {
 public:
     /// Names are looked up in `databases` and interned in `symbols`; both must outlive the plan.
-    VQLQueryEvaluator(const DatabaseFamily& databases, SymbolDictionary& symbols)
+    VQLQueryEvaluator(DatabaseFamily& databases, SymbolDictionary& symbols)
         : m_databases(databases), m_symbols(symbols) {}
 
     /// The plan: a flow of the columns that the query yields, each with its place in the result as property "ordinal".
@@ -27,7 +27,7 @@ public:
     RefCntPtr<Namespace> Eval(const RefCntPtr<VQLNode>& node) const;
 
 private:
-    const DatabaseFamily& m_databases;
+    DatabaseFamily& m_databases;
     SymbolDictionary& m_symbols;
 };
 

@@ -1,0 +1,30 @@
+#include "algebra/plan/CancelStatement.h"
+
+#include "algebra/Namespace.h"
+#include "algebra/Order.h"
+#include "algebra/Scan.h"
+#include "ingest/TextScan.h"
+#include "system/ProgressCallback.h"
+
+namespace qve {
+
+void CancelStatement::Do(Operator& root) {
+    CancelStatement cancel;
+    if (auto* columns = dynamic_cast<Namespace*>(&root)) columns->Accept(cancel);
+}
+
+void CancelStatement::VisitOrder(Order& table) {
+    OperatorVisitorImpl::VisitOrder(table);
+    if (const RefCntPtr<ProgressCallback>& progress = table.GetProgressCallback()) progress->SetCancelled();
+}
+
+void CancelStatement::VisitScan(Scan& flow) {
+    OperatorVisitorImpl::VisitScan(flow);
+    flow.SetCancelled();
+}
+
+void CancelStatement::VisitTextScan(TextScan& flow) {
+    flow.SetCancelled();
+}
+
+}  // namespace qve

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "algebra/plan/OperatorVisitorImpl.h"
+
+namespace qve {
+
+class Operator;
+
+/// Asks every operator of a running plan that can run for long to end: each sets a flag or tells its progress callback,
+/// nothing waits. The operator that sees it throws CancelledException. May run on another thread than the plan, also
+/// while the plan is finishing.
+class CancelStatement : public OperatorVisitorImpl {
+public:
+    static void Do(Operator& root);
+
+    void VisitOrder(Order& table) override;
+    void VisitScan(Scan& flow) override;
+    void VisitTextScan(TextScan& flow) override;
+};
+
+}  // namespace qve
