@@ -24,6 +24,8 @@ endfunction()
 # The tests of one layer: the folder's *_test.cpp, linked against that layer alone.
 #
 #   qve_layer_tests(qve_types LIBRARIES ICU::uc LABELS threads)
+#
+# With the label "threads" the program is part of the target threads_tests, which the thread sanitizer build is for.
 function(qve_layer_tests layer)
     cmake_parse_arguments(TESTS "" "" "USES;LIBRARIES;LABELS" ${ARGN})
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
@@ -36,4 +38,7 @@ function(qve_layer_tests layer)
     target_link_libraries(${name} PRIVATE ${layer} ${TESTS_USES} ${TESTS_LIBRARIES} GTest::gmock GTest::gtest_main)
     qve_warnings(${name})
     gtest_discover_tests(${name} PROPERTIES LABELS "${TESTS_LABELS}" DISCOVERY_MODE PRE_TEST)
+    if("threads" IN_LIST TESTS_LABELS)
+        set_property(GLOBAL APPEND PROPERTY QVE_THREADS_TESTS ${name})
+    endif()
 endfunction()
