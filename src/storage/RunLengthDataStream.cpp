@@ -160,9 +160,10 @@ RunLengthDataStream::Run RunLengthDataStream::ReadNextRun() {
 EncodedDataStream::Decoded RunLengthDataStream::Decode(uint64_t position, uint64_t minimum, DecodeBuffer& buffer) {
     const uint64_t width = GetWidth();
     const uint64_t begin = position / width;
-    const uint64_t end =
-        std::min(std::max(position + minimum + width - 1, position + GetPageLimit()), GetSize()) / width;
-    buffer.Reserve((end - begin) * width);
+    const uint64_t wanted = std::max(position - begin * width + minimum, GetPageLimit());
+    const uint64_t end = begin + (std::min(wanted, GetSize() - begin * width) + width - 1) / width;
+    buffer.Reserve((end - begin + shortRun) * width);
+    ForgetRecords();
     with_width(GetWidth(), [&](auto zero) {
         using T = decltype(zero);
         T* out = reinterpret_cast<T*>(buffer.data());
