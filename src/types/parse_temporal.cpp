@@ -154,11 +154,10 @@ bool read_clock(unsigned long long& ticks, reader& in, const parse_config& confi
 
 // What may stand between date and time.
 bool read_gap(reader& in, const parse_config& config) {
-    if (in.take(config.datetime_separator) || in.take('T')) return true;
-    const char* const first = in.p;
+    const bool found = in.take(config.datetime_separator) || in.take('T') || in.take(' ');
     while (in.take(' ')) {
     }
-    return in.p != first;
+    return found;
 }
 
 bool read_moment(datetime& value, const date& day, reader& in, const parse_config& config, bool halves) {

@@ -166,6 +166,7 @@ TEST(ParseDatetime, Forms) {
               datetime::at(day, 4 * ticks_per_hour + 5 * ticks_per_minute + 6 * ticks_per_second + 7000));
     EXPECT_EQ(parsed(parse_iso_datetime_char, "2001-02-03 23:59Z"),
               datetime::at(day, 23 * ticks_per_hour + 59 * ticks_per_minute));
+    EXPECT_EQ(parsed(parse_iso_datetime_char, "2001-02-03  01:00"), datetime::at(day, ticks_per_hour));
     EXPECT_EQ(parsed(parse_datetime_char, "2001/02/03"), datetime::at(day));
     for (const char* junk : {"2001-02-03", "2001-02-03 ", "2001-02-03 24:00", "2001-02-03 1:60", "2001-02-03 1:2:60",
                              "2001-02-03 1:2:3.", "2001-02-03 1:2:3.4x", "2001-02-0304:05"}) {
