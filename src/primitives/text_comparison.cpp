@@ -93,9 +93,11 @@ void compare_text(unsigned n, text_order* orders, const input_column& a, bool a_
     const heap_reader left_values(a.heap);
     const heap_reader right_values(b.heap);
     std::string left_copy;
+    const bool moves = a.heap && b.heap && a.heap->stream() == b.heap->stream() && a.heap->stream() &&
+                       !a.heap->stream()->IsResident();
     const auto values = [&](unsigned long long x, unsigned long long y, auto compare) {
         std::string_view p = left_values[x];
-        if (a.heap == b.heap && p.data() && !a.heap->stream()->IsResident()) p = left_copy.assign(p);
+        if (moves && p.data()) p = left_copy.assign(p);
         const std::string_view q = right_values[y];
         if (!p.data() || !q.data()) return null_order(!p.data(), !q.data());
         return compare(p, q);

@@ -4,9 +4,12 @@
 
 namespace qve {
 
-// A column without a heap holds plain numbers, whatever the other has.
+// Two heaps over one stream are one dictionary. A column without a heap holds plain numbers, whatever the other has.
 token_copier::token_copier(const usrheap* from, usrheap* to)
-    : m_from(from), m_to(to), m_same(from == to || !from || !to), m_reader(m_same ? nullptr : from) {}
+    : m_from(from),
+      m_to(to),
+      m_same(from == to || !from || !to || from->stream() == to->stream()),
+      m_reader(m_same ? nullptr : from) {}
 
 unsigned long long token_copier::carried(unsigned long long token) {
     entry& found = m_entries[token % m_entries.size()];
