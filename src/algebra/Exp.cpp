@@ -75,7 +75,8 @@ output_column Exp::ReserveBuffer(unsigned extent) {
     if (m_column->IsCompressed() && !m_column->GetDict()) m_column->SetDict(MakeRef<TempFileDataStream>());
     if (!m_column->GetData()) m_column->SetData(MakeRef<TempFileDataStream>());
     if (m_column->GetLimit() < extent) {
-        m_column->Extend(extent - m_column->GetCount());
+        const uint64_t rows = m_column->GetCount();
+        if (rows < extent) m_column->Extend(extent - rows);
         m_column->Seek(0, extent);
     }
     return m_column->GetOutput(0);

@@ -1,5 +1,8 @@
 #include "algebra/LeafTable.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "algebra/OperatorVisitor.h"
 #include "algebra/status.h"
 #include "primitives/primitive.h"
@@ -90,10 +93,13 @@ uint64_t LeafTable::GetCount() const {
 uint64_t LeafTable::CountRows() const {
     if (m_count.load(std::memory_order_relaxed) == unset) {
         uint64_t count = 0;
-        for (const auto& entry : m_columns) {
-            if (entry.first == Column::nameRank) continue;
-            count = GetColumn(entry.first)->GetCount() - m_start;
-            break;
+        const auto first = std::find_if(m_columns.begin(), m_columns.end(),
+                                        [](const auto& entry) { return entry.first != Column::nameRank; });
+        if (first != m_columns.end()) {
+            count = GetColumn(first->first)->GetCount() - m_start;
+        } else if (m_schema) {  // rows may be wanted without any column, to be counted
+            const std::vector<std::wstring> names = m_schema->GetColumnNames(m_name);
+            if (!names.empty()) count = m_schema->LoadColumn(m_name, names.front())->GetCount() - m_start;
         }
         m_count.store(count, std::memory_order_relaxed);
     }

@@ -35,7 +35,8 @@ public:
     uint64_t GetStart() const override;
     /// 0 before Build. Any thread may ask.
     uint64_t GetCount() const override;
-    /// Takes the count of the first column; a table without columns has no rows.
+    /// Takes the count of the first column, of the catalog's when none was asked for; a table without columns has no
+    /// rows.
     uint64_t Build(unsigned pageSize) override;
 
     /// Whether GetCount() is known. Any thread may ask.

@@ -80,6 +80,8 @@ void PrimitiveExp::MakePrimitive() {
     primitive::argument_list types;
     for (const RefCntPtr<Exp>& operand : m_operands) {
         // A single row of single values is a vector like any other.
+        const Column& column = *operand->GetColumn();
+        m_byToken = m_byToken || (column.IsCompressed() && key != usrpropkey::empty && column.HasProperty(key));
         types.emplace_back(operand->GetPrimitiveType(key),
                            m_single ? primitive::storageCol : operand->GetPrimitiveStorage());
     }
@@ -133,7 +135,7 @@ void PrimitiveExp::MakePrimitiveColumn() {
 
     RefCntPtr<DataStream> dictionary;
     if (properties.has(usrpropkey::compression)) {
-        if (properties.has(usrpropkey::result_share_dictionary)) {
+        if (m_byToken || properties.has(usrpropkey::result_share_dictionary)) {
             const auto found = std::find_if(m_operands.begin(), m_operands.end(),
                                             [](const auto& operand) { return operand->GetColumn()->IsCompressed(); });
             if (found != m_operands.end()) m_sharedDictionary = *found;
@@ -142,8 +144,10 @@ void PrimitiveExp::MakePrimitiveColumn() {
         if (m_sharedDictionary) {
             dictionary = m_sharedDictionary->GetColumn()->GetDict();
         } else {
-            properties.erase(usrpropkey::storagewidth);  // the width of another dictionary's tokens
-            properties.set(usrpropkey::distinct, true);  // a heap stores each value once
+            // A heap stores each value once, as values come; width and order are of another dictionary.
+            properties.set(usrpropkey::distinct, true);
+            properties.erase(usrpropkey::comparable);
+            properties.erase(usrpropkey::storagewidth);
         }
         if (!dictionary) dictionary = MakeRef<TempFileDataStream>();
     }

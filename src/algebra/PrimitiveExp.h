@@ -86,6 +86,7 @@ private:
     RefCntPtr<Exp> m_memoArgument;
     std::unique_ptr<TokenMemo> m_memo;
     std::vector<unsigned char> m_bits;
+    bool m_byToken = false;
     bool m_bound = false;
 };
 

@@ -9,6 +9,7 @@
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
+#include "ingest/TextScan.h"
 #include "types/datatraits.h"
 
 namespace qve {
@@ -80,6 +81,11 @@ void EstimateProgress::VisitOrder(Order& table) {
     rows.first = std::min(rows.first, table.GetLimit());
     rows.last = std::min(rows.last, table.GetLimit());
     Push(rows);
+}
+
+// How many rows a text has shows only at its end.
+void EstimateProgress::VisitTextScan(TextScan& flow) {
+    Push({.first = 0, .last = unknown, .done = flow.GetCursor(), .total = unknown});
 }
 
 // There are at most as many groups as rows.

@@ -31,6 +31,7 @@ public:
     void VisitOrder(Order& table) override;
     void VisitScan(Scan& flow) override;
     void VisitSelect(Select& flow) override;
+    void VisitTextScan(TextScan& flow) override;
     void VisitTopN(TopN& flow) override;
 
 private:

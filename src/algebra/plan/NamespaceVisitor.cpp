@@ -11,6 +11,23 @@
 #include "algebra/TopN.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 #include "algebra/plan/absent_operator.h"
+#include "commands/CreateDatabase.h"
+#include "commands/CreateFolder.h"
+#include "commands/CreateSchema.h"
+#include "commands/CreateTable.h"
+#include "commands/DropColumn.h"
+#include "commands/DropDatabase.h"
+#include "commands/DropFolder.h"
+#include "commands/DropSchema.h"
+#include "commands/DropTable.h"
+#include "commands/ShowCollations.h"
+#include "commands/ShowDatabase.h"
+#include "commands/ShowDatabases.h"
+#include "commands/ShowFolder.h"
+#include "commands/ShowSchemas.h"
+#include "commands/ShowTables.h"
+#include "commands/ShowVirtualTable.h"
+#include "ingest/TextScan.h"
 
 namespace qve {
 
@@ -25,6 +42,42 @@ void NamespaceVisitor::VisitSources(Namespace& node) {
 
 void NamespaceVisitor::VisitAggr(Aggr& table) {
     VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitCreateDatabase(CreateDatabase& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitCreateFolder(CreateFolder& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitCreateSchema(CreateSchema& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitCreateTable(CreateTable& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitDropColumn(DropColumn& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitDropDatabase(DropDatabase& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitDropFolder(DropFolder& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitDropSchema(DropSchema& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitDropTable(DropTable& statement) {
+    VisitNamespace(statement);
 }
 
 void NamespaceVisitor::VisitFlowTable(FlowTable& table) {
@@ -52,6 +105,38 @@ void NamespaceVisitor::VisitScan(Scan& flow) {
 }
 
 void NamespaceVisitor::VisitSelect(Select& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitShowCollations(ShowCollations& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitShowDatabase(ShowDatabase& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitShowDatabases(ShowDatabases& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitShowFolder(ShowFolder& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitShowSchemas(ShowSchemas& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitShowVirtualTable(ShowVirtualTable& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitShowTables(ShowTables& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitTextScan(TextScan& flow) {
     VisitNamespace(flow);
 }
 
@@ -85,44 +170,8 @@ void NamespaceVisitor::VisitCompact(Compact&) {
     throw_absent_operator("Compact");
 }
 
-void NamespaceVisitor::VisitCreateDatabase(CreateDatabase&) {
-    throw_absent_operator("CreateDatabase");
-}
-
-void NamespaceVisitor::VisitCreateFolder(CreateFolder&) {
-    throw_absent_operator("CreateFolder");
-}
-
-void NamespaceVisitor::VisitCreateSchema(CreateSchema&) {
-    throw_absent_operator("CreateSchema");
-}
-
-void NamespaceVisitor::VisitCreateTable(CreateTable&) {
-    throw_absent_operator("CreateTable");
-}
-
 void NamespaceVisitor::VisitDictionaryTable(DictionaryTable&) {
     throw_absent_operator("DictionaryTable");
-}
-
-void NamespaceVisitor::VisitDropColumn(DropColumn&) {
-    throw_absent_operator("DropColumn");
-}
-
-void NamespaceVisitor::VisitDropDatabase(DropDatabase&) {
-    throw_absent_operator("DropDatabase");
-}
-
-void NamespaceVisitor::VisitDropFolder(DropFolder&) {
-    throw_absent_operator("DropFolder");
-}
-
-void NamespaceVisitor::VisitDropSchema(DropSchema&) {
-    throw_absent_operator("DropSchema");
-}
-
-void NamespaceVisitor::VisitDropTable(DropTable&) {
-    throw_absent_operator("DropTable");
 }
 
 void NamespaceVisitor::VisitExchange(Exchange&) {
@@ -187,38 +236,6 @@ void NamespaceVisitor::VisitRemoteQuery(RemoteQuery&) {
 
 void NamespaceVisitor::VisitSharedTable(SharedTable&) {
     throw_absent_operator("SharedTable");
-}
-
-void NamespaceVisitor::VisitShowCollations(ShowCollations&) {
-    throw_absent_operator("ShowCollations");
-}
-
-void NamespaceVisitor::VisitShowDatabase(ShowDatabase&) {
-    throw_absent_operator("ShowDatabase");
-}
-
-void NamespaceVisitor::VisitShowDatabases(ShowDatabases&) {
-    throw_absent_operator("ShowDatabases");
-}
-
-void NamespaceVisitor::VisitShowFolder(ShowFolder&) {
-    throw_absent_operator("ShowFolder");
-}
-
-void NamespaceVisitor::VisitShowSchemas(ShowSchemas&) {
-    throw_absent_operator("ShowSchemas");
-}
-
-void NamespaceVisitor::VisitShowVirtualTable(ShowVirtualTable&) {
-    throw_absent_operator("ShowVirtualTable");
-}
-
-void NamespaceVisitor::VisitShowTables(ShowTables&) {
-    throw_absent_operator("ShowTables");
-}
-
-void NamespaceVisitor::VisitTextScan(TextScan&) {
-    throw_absent_operator("TextScan");
 }
 
 void NamespaceVisitor::VisitTransform(Transform&) {
