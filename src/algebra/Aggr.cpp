@@ -238,7 +238,11 @@ input_column Aggr::AssignGroups(unsigned count, unsigned extent, const unsigned*
         // That the rows that were left are of one group says nothing of the page.
         if (left > 0) m_groupIds->SetFlags(column_flags::not_null);
     }
-    return m_groupIds->GetInput();
+    const input_column result = m_groupIds->GetInput();
+    // Kernels read the one group of a page at the first position, whether that row is selected or not.
+    if (result.flags & column_flags::constant)
+        groups.values<unsigned>()[0] = groups.values<unsigned>()[sel ? sel[0] : 0];
+    return result;
 }
 
 void Aggr::InsertRows(unsigned count, const unsigned* rows) {

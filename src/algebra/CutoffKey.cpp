@@ -106,7 +106,7 @@ CutoffKey::CutoffKey(RefCntPtr<Column> rows, bool descending)
     : m_rows(std::move(rows)),
       m_descending(descending),
       m_hasWords(!m_rows->IsCompressed() || m_rows->HasProperty(usrpropkey::comparable)) {
-    const bool known = with_atom(m_rows->GetPrimitiveType(usrpropkey::empty),
+    const bool known = with_atom(m_rows->GetPrimitiveType(usrpropkey::compression),
                                  [&](auto tag) { m_operations = &operationsOf<typename decltype(tag)::type>; });
     if (!known) throw QVE_InvalidArgument(status::TableSorter_ResolveSort, "TableSorter::ResolveSort");
 }

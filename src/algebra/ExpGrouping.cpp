@@ -33,21 +33,20 @@ input_column ExpGrouping::HashProbe(unsigned count, unsigned extent, const unsig
 
 unsigned ExpGrouping::FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) {
     if (count == 0) return 0;
-    if (m_filter.empty()) m_filter.resize(64);
-    while (m_filter.size() < count) m_filter.resize(m_filter.size() * 2);
-    std::fill(m_filter.begin(), m_filter.end(), 0);
+    size_t size = std::max<size_t>(m_filter.size(), 64);
+    while (size < 2 * size_t{count}) size *= 2;
+    m_filter.assign(size, 0);
 
     const unsigned* hash = hashes.values<unsigned>();
-    const size_t mask = m_filter.size() - 1;
+    const size_t mask = size - 1;
     unsigned inserted = 0;
     unsigned retried = 0;
     for (unsigned i = 0; i < count; ++i) {
         const unsigned row = retries[i];
-        const unsigned h = hash[row];
-        unsigned char& filter = m_filter[(h >> 3) & mask];
-        const auto bit = static_cast<unsigned char>(1u << (h & 7));
-        const bool taken = (filter & bit) != 0;
-        filter |= bit;
+        size_t place = (hash[row] ^ hash[row] >> 15) & mask;
+        while (m_filter[place] != 0 && hash[m_filter[place] - 1] != hash[row]) place = (place + 1) & mask;
+        const bool taken = m_filter[place] != 0;
+        if (!taken) m_filter[place] = row + 1;
         inserts[inserted] = row;
         retries[retried] = row;
         inserted += !taken;

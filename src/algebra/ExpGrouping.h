@@ -18,7 +18,7 @@ public:
     RefCntPtr<Context> MakeContext(const Namespace* rows, const Namespace* groups) const override;
     input_column HashInsert(unsigned count, unsigned extent, const unsigned* sel, Context* context) const override;
     input_column HashProbe(unsigned count, unsigned extent, const unsigned* sel, Context* context) const override;
-    /// At most one row for each bit of a filter over the hashes, so that it never needs to compare keys.
+    /// The first row of each hash: rows with different hashes have different keys, so that none need be compared.
     unsigned FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) override;
 
 protected:
@@ -36,7 +36,7 @@ protected:
 private:
     const RefCntPtr<Exp> m_probeExp;
     const RefCntPtr<Exp> m_buildExp;
-    std::vector<unsigned char> m_filter;
+    std::vector<unsigned> m_filter;  // by hash: a row that was found, plus 1
 };
 
 }  // namespace qve

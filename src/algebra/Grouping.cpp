@@ -81,12 +81,14 @@ input_column Grouping::HashProbe(unsigned count, unsigned extent, const unsigned
     return HashInsert(count, extent, sel, context);
 }
 
-unsigned Grouping::Probe(unsigned count, unsigned* misses, output_column groups, input_column, const unsigned*,
+unsigned Grouping::Probe(unsigned count, unsigned* misses, output_column groups, input_column, const unsigned* sel,
                          Context*) {
-    groups.values<unsigned>()[0] = m_group;
     *groups.flags |= column_flags::constant;
-    if (m_group != noGroup || count == 0) return 0;
-    misses[0] = 0;
+    if (count == 0) return 0;
+    const unsigned first = sel ? sel[0] : 0;
+    groups.values<unsigned>()[first] = m_group;
+    if (m_group != noGroup) return 0;
+    misses[0] = first;
     return 1;
 }
 

@@ -37,9 +37,10 @@ enum class GroupingIdType : unsigned { none, array, radix, hash };
 ///         misses = Probe(misses - n, missList, groups, hashes, missList, context)
 ///
 /// Lists hold row positions of the page, ascending; each needs room for one more than the page. `groups` is unsigned
-/// 32-bit and indexed by row position; when its flag column_flags::constant is set after Probe, all rows of the page
-/// are of the group at its first position, and no other position is valid. Rows with equal keys get one group, the
-/// first of them in order; a filter collision only costs one more round.
+/// 32-bit and indexed by row position. When Probe sets its flag column_flags::constant, all rows it was asked for are
+/// of the group of the first of them, which may be the only one that was written. Rows with equal keys get one group,
+/// the first of them in order, and groups are numbered in the order of their first rows; only where keys of one page
+/// have the same hash may a later one of them come out of turn.
 class Grouping : public RefCntObject {
 public:
     /// The number of a row that has no group yet.

@@ -21,9 +21,9 @@ constexpr size_t largeTable = 0x100000;
 // The type by which the cells of `column` compare with those of `other`: as numbers, where they are the values or
 // unique tokens of one dictionary, else as values of their heaps.
 std::wstring CheckType(const Column& column, const Column& other) {
-    if (!column.IsCompressed()) return column.GetPrimitiveType(usrpropkey::empty);
+    if (!column.IsCompressed()) return column.GetPrimitiveType(usrpropkey::compression);
     const bool byToken = column.HasProperty(usrpropkey::distinct) && column.GetDict() == other.GetDict();
-    return byToken ? column.GetPrimitiveType(usrpropkey::empty) : L"usr" + std::to_wstring(column.GetTokenSize());
+    return byToken ? column.GetPrimitiveType(usrpropkey::compression) : L"usr" + std::to_wstring(column.GetTokenSize());
 }
 
 ternary_func ResolveUserCheck(const wchar_t* name, const Column& rows, const Column& groups) {

@@ -70,7 +70,7 @@ std::vector<uint64_t> SortKeys::LoadWords(const Namespace::SortSpec& spec) const
         }
     };
     const auto resolve = [&](auto convert) {
-        return with_atom(column->GetPrimitiveType(usrpropkey::empty), [&](auto tag) { read(tag, convert); });
+        return with_atom(column->GetPrimitiveType(usrpropkey::compression), [&](auto tag) { read(tag, convert); });
     };
     if (column->GetStorageName() == Column::storageVal) {
         std::fill(words.begin(), words.end(), 0);

@@ -191,7 +191,7 @@ bool TableSorter::RadixSort() {
     constexpr unsigned empty = ~0u;
     std::vector<unsigned> places(rows, empty);
     bool permuted = true;
-    const bool known = with_atom(key->GetPrimitiveType(usrpropkey::empty), [&](auto tag) {
+    const bool known = with_atom(key->GetPrimitiveType(usrpropkey::compression), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const T* values = cells.GetInput().values<T>();
         uint64_t low = ~uint64_t{0};

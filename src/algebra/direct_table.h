@@ -40,10 +40,7 @@ unsigned ProbeDirect(unsigned count, unsigned* misses, output_column out, const 
         }
     }
     if (!missing) {
-        if (!different) {
-            groups[0] = first;
-            *out.flags |= column_flags::constant;
-        }
+        if (!different) *out.flags |= column_flags::constant;
         return 0;
     }
     unsigned missed = 0;
