@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "algebra/TableSorter.h"
+#include "ingest/TextScan.h"
 #include "os/MappedFile.h"
 #include "server/configuration.h"
 #include "storage/Column.h"
@@ -80,6 +81,8 @@ void ApplySettings(const usrprops& configuration) {
     settings.Number(usrpropkey::work_buffer_size,
                     [](std::uint64_t megabytes) { DataStream::SetWorkBufferSize(std::max(1U, Clamp(megabytes))); });
     settings.Flag(usrpropkey::MemoryMapEntireFile, [](bool on) { MappedFile::s_MemoryMapEntireFile = on; });
+    settings.Number(usrpropkey::record_separator_textscan_limit,
+                    [](std::uint64_t kilobytes) { TextScan::SetRecordSeparatorScanLimitK(Clamp(kilobytes)); });
     settings.Flag(usrpropkey::use_memory_tablespace,
                   [](bool on) { MemoryDirectoryTableSpace::s_useMemoryDirectoryTableSpace = on; });
     settings.Flag(usrpropkey::optimize_icu, [](bool on) { ICUCollation::s_OptimizeICU = on; });
