@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstring>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "storage/Column.h"
@@ -125,19 +126,29 @@ void append(benchmark::State& state, uint64_t mask) {
     state.counters["ratio"] = encoding / copying;
 }
 
-#define QVE_ENCODING_CASES(function, type)                                                  \
-    BENCHMARK_CAPTURE(function<type>, type##_for, Mask::FrameOfReference)->UseManualTime(); \
-    BENCHMARK_CAPTURE(function<type>, type##_delta, Mask::Delta)->UseManualTime();          \
-    BENCHMARK_CAPTURE(function<type>, type##_dict, Mask::Dictionary)->UseManualTime();      \
-    BENCHMARK_CAPTURE(function<type>, type##_rle, Mask::RunLength)->UseManualTime();        \
-    BENCHMARK_CAPTURE(function<type>, type##_affine, Mask::Affine)->UseManualTime();        \
-    BENCHMARK_CAPTURE(function<type>, type##_plain, Mask::None)->UseManualTime()
+template <class T>
+void register_cases(const std::string& type) {
+    const std::pair<const char*, uint64_t> encodings[] = {{"for", Mask::FrameOfReference}, {"delta", Mask::Delta},
+                                                          {"dict", Mask::Dictionary},      {"rle", Mask::RunLength},
+                                                          {"affine", Mask::Affine},        {"none", Mask::None}};
+    for (const auto& [name, mask] : encodings) {
+        const uint64_t encoding = mask;
+        const std::string suffix = "/" + type + "/" + name;
+        benchmark::RegisterBenchmark(("decode" + suffix).c_str(), [=](benchmark::State& state) {
+            decode<T>(state, encoding);
+        })->UseManualTime();
+        benchmark::RegisterBenchmark(("append" + suffix).c_str(), [=](benchmark::State& state) {
+            append<T>(state, encoding);
+        })->UseManualTime();
+    }
+}
 
-QVE_ENCODING_CASES(decode, int64_t);
-QVE_ENCODING_CASES(decode, int32_t);
-QVE_ENCODING_CASES(decode, int16_t);
-QVE_ENCODING_CASES(append, int64_t);
-QVE_ENCODING_CASES(append, int32_t);
+const bool registered = [] {
+    register_cases<int64_t>("bigint");
+    register_cases<int32_t>("long");
+    register_cases<int16_t>("short");
+    return true;
+}();
 
 }  // namespace
 }  // namespace qve

@@ -157,6 +157,32 @@ RunLengthDataStream::Run RunLengthDataStream::ReadNextRun() {
     return ReadUntil(m_read);
 }
 
+template <class Field, class T>
+void RunLengthDataStream::Expand(uint64_t row, uint64_t end, T* out) {
+    constexpr uint64_t recordSize = sizeof(Field) + sizeof(T);
+    const uint64_t rows = GetSize() / sizeof(T);
+    GoTo(row);
+    for (;;) {
+        const uint64_t count = std::min(m_run.row + m_run.count, end) - row;
+        fill(out, count, static_cast<T>(m_run.value));
+        out += count;
+        row += count;
+        if (row == end) return;
+        // What ReadRecord does, for a record that lies in the window and needs no mark, as nearly all do.
+        if (m_next + recordSize > m_windowEnd || row >= m_marks.back().row + rowsPerMark) {
+            ReadRecord();
+            continue;
+        }
+        const char* record = m_window + (m_next - m_windowBegin);
+        Field field;
+        T value;
+        std::memcpy(&field, record, sizeof(field));
+        std::memcpy(&value, record + sizeof(field), sizeof(value));
+        m_run = {row, std::min<uint64_t>(field, rows - row - 1) + 1, value};
+        m_next += recordSize;
+    }
+}
+
 EncodedDataStream::Decoded RunLengthDataStream::Decode(uint64_t position, uint64_t minimum, DecodeBuffer& buffer) {
     const uint64_t width = GetWidth();
     const uint64_t begin = position / width;
@@ -164,16 +190,11 @@ EncodedDataStream::Decoded RunLengthDataStream::Decode(uint64_t position, uint64
     const uint64_t end = begin + (std::min(wanted, GetSize() - begin * width) + width - 1) / width;
     buffer.Reserve((end - begin + shortRun) * width);
     ForgetRecords();
-    with_width(GetWidth(), [&](auto zero) {
-        using T = decltype(zero);
-        T* out = reinterpret_cast<T*>(buffer.data());
-        for (uint64_t row = begin; row < end;) {
-            GoTo(row);
-            const uint64_t count = std::min(m_run.row + m_run.count, end) - row;
-            fill(out, count, static_cast<T>(m_run.value));
-            out += count;
-            row += count;
-        }
+    with_width(GetWidth(), [&](auto value) {
+        with_width(m_runWidth, [&](auto field) {
+            using Field = std::make_unsigned_t<decltype(field)>;
+            Expand<Field>(begin, end, reinterpret_cast<decltype(value)*>(buffer.data()));
+        });
     });
     return {begin * width, (end - begin) * width};
 }

@@ -59,6 +59,9 @@ private:
     void ReadRecord();
     /// Drops what is known of the delegate's window: others may have moved it.
     void ForgetRecords() { m_windowBegin = m_windowEnd = 0; }
+    /// Writes the values of [row, end) to `out`, which has room for some more. Field is the type of the run field.
+    template <class Field, class T>
+    void Expand(uint64_t row, uint64_t end, T* out);
     /// Makes m_run the run that holds `row`, which is in the stream.
     void GoTo(uint64_t row);
     void AddRun(int64_t value, uint64_t count);
