@@ -39,11 +39,11 @@ std::string Print(Format format) {
 
 TEST(ResultWriter, AlignsTablesByDisplayWidth) {
     EXPECT_EQ(Print(Format::table),
-              " name         | n\n"
-              "--------------+-------\n"
-              " a,\"b\"\\tc\\n   |     7\n"
-              " \xE6\x97\xA5\xE6\x9C\xAC         | -1234\n"
-              "              |  NULL\n"
+              " name       | n\n"
+              "------------+-------\n"
+              " a,\"b\"\\tc\\n |     7\n"
+              " \xE6\x97\xA5\xE6\x9C\xAC       | -1234\n"
+              "            |  NULL\n"
               "(3 rows)\n");
 }
 
