@@ -7,10 +7,10 @@
 #include "algebra/HashGrouping.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/RadixGrouping.h"
+#include "algebra/adopt_cells.h"
 #include "algebra/status.h"
 #include "primitives/column_kernels.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogEntry.h"
@@ -137,8 +137,7 @@ void Aggr::BindKeys() {
     for (const std::wstring& name : m_keyNames) {
         const RefCntPtr<Column> from = m_source->GetColumn(name);
         const RefCntPtr<Column>& to = m_columns[name];
-        if (to->IsCompressed()) to->SetDict(from->GetDict() ? from->GetDict() : MakeRef<TempFileDataStream>());
-        to->SetData(MakeRef<TempFileDataStream>());
+        adopt_cells(*to, *from);
         m_keyPairs.push_back({from, to, map_fetch_ulng_col_type_col(to->GetTokenSize())});
     }
 }

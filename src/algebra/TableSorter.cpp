@@ -7,12 +7,12 @@
 
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/SortKeys.h"
+#include "algebra/adopt_cells.h"
 #include "algebra/radix_sort.h"
 #include "algebra/sort_word.h"
 #include "algebra/status.h"
 #include "primitives/column_kernels.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogScopeTime.h"
@@ -209,8 +209,7 @@ bool TableSorter::RadixSort() {
 }
 
 void TableSorter::ReorderColumn(Column& source, Column& target) const {
-    if (target.IsCompressed()) target.SetDict(source.GetDict());
-    target.SetData(MakeRef<TempFileDataStream>());
+    adopt_cells(target, source);
     if (source.GetStorageName() == Column::storageVal) {
         source.Seek(0, 1);
         target.Append(1, source.GetInput(), nullptr, false);

@@ -8,10 +8,10 @@
 #include "algebra/LeafTable.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/TableSorter.h"
+#include "algebra/adopt_cells.h"
 #include "algebra/status.h"
 #include "primitives/column_kernels.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogScopeTime.h"
@@ -76,7 +76,7 @@ public:
     /// The finished column goes to `target`, which has no streams.
     void Release(size_t index, Column& target) {
         Column& kept = *m_columns[index].kept;
-        if (target.IsCompressed()) target.SetDict(kept.GetDict());
+        adopt_cells(target, kept);
         target.SetData(kept.GetData());
         target.Seek(0, 0);
     }
@@ -98,17 +98,15 @@ private:
         }
         properties.set(usrpropkey::name, name);
         properties.set(usrpropkey::storagetype, Column::storageCol);
-        return {from, MakeRef<Column>(std::move(properties)), map_fetch_ulng_col_type_col(from->GetTokenSize())};
+        return {from, MakeRef<Column>(std::move(properties)), nullptr};
     }
 
     // A computed column has its dictionary only once there is a page.
     void Bind() {
         m_bound = true;
         for (KeptColumn& column : m_columns) {
-            if (column.kept->IsCompressed()) {
-                column.kept->SetDict(column.from->GetDict() ? column.from->GetDict() : MakeRef<TempFileDataStream>());
-            }
-            column.kept->SetData(MakeRef<TempFileDataStream>());
+            adopt_cells(*column.kept, *column.from);
+            column.copy = map_fetch_ulng_col_type_col(column.kept->GetTokenSize());
         }
         for (const Namespace::SortSpec& spec : m_specs) {
             const RefCntPtr<Column> from = m_source.GetColumn(spec.name);
