@@ -1,5 +1,7 @@
 #include "algebra/ColumnWriter.h"
 
+#include <algorithm>
+
 #include "primitives/column_kernels.h"
 #include "storage/stream/TempFileDataStream.h"
 
@@ -12,6 +14,16 @@ usrprops TargetProperties(const Column& source) {
     properties.erase(usrpropkey::storagetype);
     properties.erase(usrpropkey::encoding);
     return properties;
+}
+
+// Puts the values of the selected rows into the rows from 0 on, in the dictionary of `out`.
+void PutValues(const usrtype& type, unsigned count, const unsigned* selection, const input_column& tokens,
+               const output_column& out) {
+    usratom value;
+    for (unsigned i = 0; i < count; ++i) {
+        type.get(tokens, selection ? selection[i] : i, value);
+        type.put(out, i, value);
+    }
 }
 
 }  // namespace
@@ -46,7 +58,8 @@ void ColumnWriter::UseOwnDictionary() {
     m_target->SetData(MakeRef<TempFileDataStream>());
     for (uint64_t row = 0, rows = old->GetCount(); row < rows;) {
         const auto count = static_cast<unsigned>(std::min<uint64_t>({old->Seek(row, 65536), rows - row, 65536}));
-        m_target->Append(count, old->GetInput(0), nullptr, false);
+        m_target->Extend(count);
+        PutValues(*m_target->GetType(), count, nullptr, old->GetInput(0), m_target->GetOutput(0));
         row += count;
     }
     m_stream = m_target->GetData();
@@ -68,14 +81,7 @@ void ColumnWriter::BeginPage(unsigned, unsigned count, const unsigned* selection
 void ColumnWriter::TranslatePage(unsigned count, const unsigned* selection) {
     if (m_translated->GetCount() < count) m_translated->Extend(count - m_translated->GetCount());
     m_translated->Seek(0, count);
-    const usrtype* type = m_target->GetType();
-    const input_column tokens = m_source->GetInput(0);
-    const output_column out = m_translated->GetOutput(0);
-    usratom value;
-    for (unsigned i = 0; i < count; ++i) {
-        type->get(tokens, selection ? selection[i] : i, value);
-        type->put(out, i, value);
-    }
+    PutValues(*m_target->GetType(), count, selection, m_source->GetInput(0), m_translated->GetOutput(0));
 }
 
 void ColumnWriter::WritePage(unsigned count, const unsigned* selection) {
