@@ -109,12 +109,13 @@ bool ArrayGrouping::Accepts(unsigned count, const unsigned* rows, input_column h
         using U = std::remove_const_t<std::remove_pointer_t<decltype(keys)>>;
         const U turn = m_signed ? signBit<U> : U{0};
         const U null = m_signed ? U{0} : static_cast<U>(~U{0});
+        const bool mayBeNull = (hashes.flags & column_flags::not_null) == 0;
         U low = std::numeric_limits<U>::max();
         U high = 0;
         bool any = false;
         for (unsigned i = 0; i < count; ++i) {
             const U key = keys[rows[i]] ^ turn;
-            if (key == null) continue;
+            if (mayBeNull && key == null) continue;
             low = std::min(low, key);
             high = std::max(high, key);
             any = true;

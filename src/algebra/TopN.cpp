@@ -7,6 +7,7 @@
 #include "algebra/CutoffKey.h"
 #include "algebra/LeafTable.h"
 #include "algebra/OperatorVisitor.h"
+#include "algebra/ProgressCallbackImpl.h"
 #include "algebra/TableSorter.h"
 #include "algebra/adopt_cells.h"
 #include "algebra/status.h"
@@ -27,11 +28,13 @@ constexpr uint64_t mostRows = uint64_t{1} << 40;
 /// The rows of a flow that may be among the best.
 class Candidates {
 public:
-    Candidates(const DataFlow& source, const std::vector<Namespace::SortSpec>& specs, uint64_t limit)
+    Candidates(const DataFlow& source, const std::vector<Namespace::SortSpec>& specs, uint64_t limit,
+               RefCntPtr<ProgressCallback> progress)
         : m_source(source),
           m_specs(specs),
           m_limit(std::min(limit, mostRows)),
-          m_capacity(m_limit + std::max(m_limit, spareCandidates)) {
+          m_capacity(m_limit + std::max(m_limit, spareCandidates)),
+          m_progress(std::move(progress)) {
         for (const std::wstring& name : source.GetColumnNames()) m_columns.push_back(MakeColumn(name));
     }
 
@@ -179,7 +182,7 @@ private:
         for (const KeptColumn& column : m_columns) columns.emplace(column.kept->GetName(), column.kept);
         const auto table = MakeRef<LeafTable>(L"top", std::move(columns));
         table->Build(0);
-        TableSorter sorter(table, m_specs);
+        TableSorter sorter(table, m_specs, m_progress);
         const bool moved = sorter.Sort(m_limit);
         for (KeptColumn& column : m_columns) {
             if (moved) {
@@ -215,6 +218,7 @@ private:
     std::vector<Namespace::SortSpec> m_specs;
     const uint64_t m_limit;
     const uint64_t m_capacity;
+    const RefCntPtr<ProgressCallback> m_progress;
     std::vector<KeptColumn> m_columns;
     std::vector<std::unique_ptr<CutoffKey>> m_keys;
     bool m_bound = false;
@@ -229,7 +233,7 @@ private:
 }  // namespace
 
 TopN::TopN(RefCntPtr<DataFlow> source, std::vector<SortSpec> specs, uint64_t limit)
-    : FlowTable(std::move(source), 0), m_specs(std::move(specs)), m_limit(limit) {}
+    : FlowTable(std::move(source), 0), m_specs(std::move(specs)), m_limit(limit), m_progress(MakeRef<ProgressCallbackImpl>()) {}
 TopN::~TopN() = default;
 
 void TopN::Accept(OperatorVisitor& visitor) {
@@ -277,7 +281,7 @@ uint64_t TopN::Build(unsigned pageSize) {
     if (m_built) return m_count;
     const LogScopeTime time("TopN::Build", 1.0);
     const RefCntPtr<DataFlow>& source = GetSource();
-    Candidates candidates(*source, m_specs, m_limit);
+    Candidates candidates(*source, m_specs, m_limit, m_progress);
     while (m_limit > 0 && (!m_specs.empty() || candidates.GetCount() < m_limit) && source->Next(pageSize) > 0) {
         if (source->GetSelectionCount() > 0) candidates.AddPage();
     }

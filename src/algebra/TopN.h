@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "algebra/FlowTable.h"
+#include "system/ProgressCallback.h"
 
 namespace qve {
 
@@ -29,10 +30,13 @@ public:
 
     const std::vector<SortSpec>& GetSpecs() const { return m_specs; }
     uint64_t GetLimit() const { return m_limit; }
+    /// Where a cancel of the running sort is posted. Any thread.
+    const RefCntPtr<ProgressCallback>& GetProgressCallback() const { return m_progress; }
 
 private:
     const std::vector<SortSpec> m_specs;
     const uint64_t m_limit;
+    const RefCntPtr<ProgressCallback> m_progress;
     mutable ColumnMap m_columns;
     mutable ColumnMap m_descriptions;
     uint64_t m_count = 0;

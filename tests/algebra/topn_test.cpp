@@ -134,5 +134,13 @@ TEST(TopN, AnEmptyFlowGivesEmptyColumns) {
     EXPECT_EQ(StatusOf([&] { top->DescribeColumn(L"x"); }), status::TopN_DescribeColumn);
 }
 
+TEST(TopN, ACancelEndsTheSort) {
+    std::mt19937 random(seed);
+    const auto table = TableOf({SampleColumn(L"double", L"k", 100, {}, random)});
+    const auto top = MakeRef<TopN>(MakeRef<Scan>(table), Specs{{L"k", false}}, 10);
+    top->GetProgressCallback()->SetCancelled();
+    EXPECT_THROW(top->Build(10), Operator::CancelledException);
+}
+
 }  // namespace
 }  // namespace qve

@@ -3,6 +3,7 @@
 #include "algebra/Namespace.h"
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
+#include "algebra/TopN.h"
 #include "ingest/TextScan.h"
 #include "system/ProgressCallback.h"
 
@@ -21,6 +22,11 @@ void CancelStatement::VisitOrder(Order& table) {
 void CancelStatement::VisitScan(Scan& flow) {
     OperatorVisitorImpl::VisitScan(flow);
     flow.SetCancelled();
+}
+
+void CancelStatement::VisitTopN(TopN& table) {
+    OperatorVisitorImpl::VisitTopN(table);
+    if (const RefCntPtr<ProgressCallback>& progress = table.GetProgressCallback()) progress->SetCancelled();
 }
 
 void CancelStatement::VisitTextScan(TextScan& flow) {

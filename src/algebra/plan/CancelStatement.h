@@ -16,6 +16,7 @@ public:
     void VisitOrder(Order& table) override;
     void VisitScan(Scan& flow) override;
     void VisitTextScan(TextScan& flow) override;
+    void VisitTopN(TopN& table) override;
 };
 
 }  // namespace qve
