@@ -1,7 +1,7 @@
 #include "metrics/MetricsManager.h"
 
+#include <memory>
 #include <mutex>
-#include <new>
 #include <shared_mutex>
 #include <vector>
 
@@ -22,8 +22,8 @@ MetricsManager::MetricsManager() : m_state(std::make_unique<State>()) {}
 
 MetricsManager& MetricsManager::GetInstance() {
     // Never destroyed: threads that outlive main may still ask for it.
-    alignas(MetricsManager) static char storage[sizeof(MetricsManager)];
-    static MetricsManager* const instance = new (storage) MetricsManager;
+    struct Constructible : MetricsManager {};
+    static MetricsManager* const instance = std::make_unique<Constructible>().release();
     return *instance;
 }
 

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <map>
+#include <memory>
 #include <mutex>
 
 #include "metrics/Scope.h"
@@ -27,9 +28,10 @@ struct Registry {
     std::map<const char*, MappedFile::Tracked> mappings;  // by first address
 };
 
+// Never destroyed: threads that nobody joins may let go of a mapping while the process ends.
 Registry& registry() {
-    static Registry instance;
-    return instance;
+    static Registry* const instance = std::make_unique<Registry>().release();
+    return *instance;
 }
 
 uint64_t file_size(const DataFile& file) {

@@ -1,5 +1,6 @@
 #include "os/Thread.h"
 
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -18,9 +19,10 @@ struct EveryExit {
     Callbacks callbacks;
 };
 
+// Never destroyed: threads that nobody joins may end while the process does.
 EveryExit& every_exit() {
-    static EveryExit instance;
-    return instance;
+    static EveryExit* const instance = std::make_unique<EveryExit>().release();
+    return *instance;
 }
 
 void run_exit_callbacks(Callbacks& own) {

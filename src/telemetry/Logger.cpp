@@ -1,5 +1,6 @@
 #include "telemetry/Logger.h"
 
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 
@@ -15,9 +16,10 @@ struct Instance {
     RefCntPtr<Logger> logger = MakeRef<NullLogger>();
 };
 
+// Never destroyed: threads that nobody joins may log while the process ends.
 Instance& instance() {
-    static Instance s_instance;
-    return s_instance;
+    static Instance* const s_instance = std::make_unique<Instance>().release();
+    return *s_instance;
 }
 
 }  // namespace
