@@ -248,7 +248,10 @@ TEST_F(ColumnTest, ASortedDictionaryIsSearchedByComparison) {
     sorted.SetProperty(usrpropkey::comparable, L"");
     sorted.SetProperty(usrpropkey::distinct, L"");
     EXPECT_FALSE(sorted.IsAcceleratorComplete());
+    const uint64_t threshold = Column::s_usrAcceleratorThreshold;
+    Column::setAcceleratorThreshold(0);
     EXPECT_EQ(sorted.GetDictionaryToken(TextAtom("bee")), bee);
+    Column::setAcceleratorThreshold(threshold);
     EXPECT_EQ(sorted.GetDictionaryToken(TextAtom("bat")), usrheap::null_token);
     EXPECT_EQ(sorted.GetDictionaryToken(usratom(sorted.GetType())), usrheap::null_token);
     ASSERT_TRUE(sorted.IsAcceleratorComplete());

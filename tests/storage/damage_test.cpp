@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -5,6 +6,7 @@
 
 #include "storage/SimpleDatabase.h"
 #include "storage/status.h"
+#include "system/unicode.h"
 #include "tests/storage/storage_fixture.h"
 
 namespace qve {

@@ -1,6 +1,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
+#include <algorithm>
 
+#include <atomic>
 #include <csignal>
 #include <fstream>
 #include <functional>
@@ -9,6 +11,7 @@
 #include "storage/SimpleDatabase.h"
 #include "storage/status.h"
 #include "system/TEvent.h"
+#include "system/unicode.h"
 #include "tests/storage/storage_fixture.h"
 
 namespace qve {
