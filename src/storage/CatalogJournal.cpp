@@ -132,6 +132,7 @@ void CatalogJournal::Commit(const Changes& changes) {
         m_space.closeall();
         const std::wstring temporary = JournalFile() + L".temp";
         WriteFile(temporary, text);
+        m_space.closeall();
         m_space.rename(temporary, JournalFile());
         m_space.closeall();
     }

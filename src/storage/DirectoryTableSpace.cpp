@@ -55,15 +55,18 @@ void DirectoryTableSpace::create(const std::wstring& path) {
 }
 
 void DirectoryTableSpace::rename(const std::wstring& from, const std::wstring& to) {
-    m_files.erase(from);
+    close(from);
     m_files.erase(to);
     OS::rename(Resolve(from), Resolve(to));
+    m_written.erase(to);
+    if (m_written.erase(from) != 0) m_written.insert(to);
     Touched(from);
     Touched(to);
 }
 
 void DirectoryTableSpace::unlink(const std::wstring& path) {
     m_files.erase(path);
+    m_written.erase(path);
     OS::unlink(Resolve(path));
     Touched(path);
 }
@@ -95,15 +98,19 @@ RefCntPtr<DataStream> DirectoryTableSpace::open(const std::wstring& path, bool w
 void DirectoryTableSpace::close(const std::wstring& path) {
     const auto known = m_files.find(path);
     if (known == m_files.end()) return;
-    const bool written = known->second->IsWritable();
-    // Closing a file cuts off the room behind its contents, which has to reach the disk too.
+    // Much of what a transaction writes is replaced before its end, so nothing is brought to the disk before closeall.
+    if (known->second->IsWritable()) m_written.insert(path);
     m_files.erase(known);
-    if (written) OS::sync(Resolve(path));
 }
 
 void DirectoryTableSpace::closeall() {
     while (!m_files.empty()) close(std::wstring(m_files.begin()->first));
-    // A directory may have gone since with its parent; there is nothing to keep of it then.
+    // A file or a directory may have gone since with its parent; there is nothing to keep of it then.
+    for (const std::wstring& path : m_written) {
+        const std::wstring file = Resolve(path);
+        if (Path::isfile(file)) OS::sync(file);
+    }
+    m_written.clear();
     for (const std::wstring& directory : m_changed) {
         const std::wstring path = Resolve(directory);
         if (Path::isdir(path)) OS::sync(path);

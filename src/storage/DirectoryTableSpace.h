@@ -39,6 +39,7 @@ private:
 
     mutable std::wstring m_root;
     std::map<std::wstring, RefCntPtr<DataFile>> m_files;  // open files by the path as given
+    std::set<std::wstring> m_written;                     // files written since the last closeall, and closed
     std::set<std::wstring> m_changed;                     // directories whose entries changed since the last closeall
 };
 

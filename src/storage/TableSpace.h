@@ -31,9 +31,9 @@ public:
     virtual bool isdir(const std::wstring& path) const = 0;
     /// A stream over the whole file as it is now.
     virtual RefCntPtr<DataStream> open(const std::wstring& path, bool writable) = 0;
-    /// Releases what the space holds for the file. What was written through the space has then reached the disk.
+    /// Releases what the space holds for the file.
     virtual void close(const std::wstring& path) = 0;
-    /// The same for all files and directories.
+    /// The same for all files. What was written through the space has then reached the disk.
     virtual void closeall() = 0;
 };
 
