@@ -26,13 +26,18 @@ constexpr auto winner_of() {
 template <bool Greatest>
 struct winner_op {
     static constexpr bool vectorised = true;
+    template <class R, class A, class B>
+    static constexpr bool makes_nulls = !conversion_keeps_whole<R, A> || !conversion_keeps_whole<R, B>;
 
     template <class R, class A, class B>
     [[gnu::always_inline]] static R apply(A a, B b) {
         const R x = converted<R>(a);
         const R y = converted<R>(b);
         const bool take = Greatest ? value_less(raw(x), raw(y)) : value_less(raw(y), raw(x));
-        return take ? y : x;
+        const R result = take ? y : x;
+        // A value without a place in the common type has no order.
+        if constexpr (makes_nulls<R, A, B>) return is_null(x) || is_null(y) ? datatraits<R>::null : result;
+        return result;
     }
 };
 

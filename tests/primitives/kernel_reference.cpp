@@ -219,6 +219,7 @@ cell winner(const type_info& r, types_of t, cells a, bool greatest) {
             values[i] = r.is_real ? real_cell(a[i].number()) : wrapped(r, a[i].i);
         }
     }
+    if (values[0].null || values[1].null) return null_cell();  // a date beyond the range of datetime
     const auto below = [](const cell& x, const cell& y) {
         if (!x.real) return x.i < y.i;
         return x.d < y.d || (std::isnan(y.d) && !std::isnan(x.d));

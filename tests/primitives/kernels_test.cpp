@@ -102,6 +102,9 @@ const std::set<std::wstring> tested_elsewhere = {L"any",
                                                  L"startswith",
                                                  L"endswith",
                                                  L"find2",
+                                                 L"find3",
+                                                 L"findnth",
+                                                 L"split",
                                                  L"replace"};
 
 // Calls a kernel of any number of arguments.

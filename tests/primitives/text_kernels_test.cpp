@@ -287,6 +287,30 @@ TEST(TextFunctions, SearchInTheCollation) {
     EXPECT_EQ(places[0], 1);
 }
 
+TEST(TextFunctions, FindTheNthAndSplit) {
+    const text_column in({"a-b-c", "", {}, "none"}), dash({"-"});
+    const auto with_number = [&](const wchar_t* operation, bigint number, std::vector<int>* places) {
+        const auto f =
+            find_kernel<ternary_func>(primitive::klassMap, operation, {usr4_col, usr4_val, {L"bigint", L"val"}});
+        const std::vector<bigint> numbers{number};
+        text_column out;
+        f(4, places ? output_of(*places) : out.output(4), in.input(), dash.input(), input_of(numbers), nullptr);
+        return out.values();
+    };
+    constexpr int no = datatraits<int>::null;
+    std::vector<int> places(4);
+    with_number(L"find3", 3, &places);
+    EXPECT_EQ(places, (std::vector<int>{4, 0, no, 0}));
+    with_number(L"findnth", 2, &places);
+    EXPECT_EQ(places, (std::vector<int>{4, 0, no, 0}));
+    with_number(L"findnth", -2, &places);
+    EXPECT_EQ(places, (std::vector<int>{2, 0, no, 0}));
+    with_number(L"find3", datatraits<bigint>::null, &places);
+    EXPECT_EQ(places, (std::vector<int>{no, no, no, no}));
+    EXPECT_EQ(with_number(L"split", 2, nullptr), (std::vector<text>{"b", "", {}, ""}));
+    EXPECT_EQ(with_number(L"split", -1, nullptr), (std::vector<text>{"c", "", {}, "none"}));
+}
+
 TEST(TextFunctions, JoinTexts) {
     const text_column narrow({"a", "\xC3\xA9", {}}, 1), wide({"b", "", "c"}, 4);
     const auto concat = find_kernel<binary_func>(primitive::klassMap, L"concat", {usr4_col, usr4_col});
