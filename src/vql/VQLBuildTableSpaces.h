@@ -9,7 +9,7 @@ class VQLQuery;
 
 /// The table spaces of all databases and files that a query names. Throws VQLParseException 49000 for a database that
 /// the family does not have.
-VQLTableSpaceFamily VQLBuildTableSpaces(const RefCntPtr<VQLQuery>& query, const DatabaseFamily& databases,
+VQLTableSpaceFamily VQLBuildTableSpaces(const RefCntPtr<VQLQuery>& query, DatabaseFamily& databases,
                                         SymbolDictionary& dictionary);
 
 }  // namespace qve
