@@ -97,7 +97,9 @@ void TextScan::DetectFormat(const usrprops& given) {
 
 std::string_view TextScan::Field(unsigned record, unsigned place) const {
     const TextFields fields = Fields(record, place);
-    return {m_text + fields.begins[0] + 1, fields.ends[0] - (fields.begins[0] + 1)};
+    // The first field has its delimiter at -1: this wraps to 0 in 32 bits only.
+    const unsigned begin = fields.begins[0] + 1;
+    return {m_text + begin, fields.ends[0] - begin};
 }
 
 void TextScan::DetectColumns(std::vector<usrprops> columns, const usrprops& given) {
