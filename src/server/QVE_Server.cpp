@@ -34,8 +34,12 @@ QVE_Server::QVE_Server(std::unique_ptr<IPC_Server> listener, usrprops properties
 QVE_Server::~QVE_Server() {
     m_listener->Shutdown();
     CloseConnections();
+    // Nobody waits for the replies of what has not begun.
+    m_work->Abandon();
     for (std::size_t i = 0; i < m_workers.size(); ++i) m_work->Push(nullptr);
     for (const RefCntPtr<Thread>& worker : m_workers) worker->join();
+    // What queued up again behind the stop signs refers to the queue itself.
+    m_work->Abandon();
 }
 
 bool QVE_Server::Pump() {

@@ -36,6 +36,15 @@ public:
         m_deque.pop_front();
         return item;
     }
+    /// Turns everything that waits into stop signs. For pointers.
+    void Abandon() {
+        std::deque<T> abandoned;
+        {
+            std::lock_guard lock(m_mutex);
+            abandoned.resize(m_deque.size());
+            abandoned.swap(m_deque);
+        }
+    }
 
 private:
     const std::unique_ptr<Semaphore> m_items;
