@@ -21,9 +21,9 @@
 #include "commands/ShowSchemas.h"
 #include "commands/ShowTables.h"
 #include "commands/status.h"
-#include "system/unicode.h"
 #include "storage/DatabaseSchema.h"
 #include "storage/status.h"
+#include "system/unicode.h"
 #include "tests/storage/storage_fixture.h"
 
 namespace qve {
@@ -135,7 +135,8 @@ TEST_F(CommandsTest, DroppingADatabaseSparesWhatIsNone) {
     OS::mkdir(In(L"folder"), false);
     EXPECT_EQ(StatusOf([&] { Run<DropDatabase>(In(L"folder"), true, true, lost); }),
               status::SimpleDatabase_LoadCatalog);
-    EXPECT_EQ(StatusOf([&] { Run<DropDatabase>(In(L"none"), false, true, lost); }), status::SimpleDatabase_DropDatabase);
+    EXPECT_EQ(StatusOf([&] { Run<DropDatabase>(In(L"none"), false, true, lost); }),
+              status::SimpleDatabase_DropDatabase);
     Run<DropDatabase>(In(L"none"), true, true, lost);
     m_database->CreateSchema(L"s");
     EXPECT_NE(StatusOf([&] { Run<DropDatabase>(In(L"db"), false, false, lost); }), 0);
