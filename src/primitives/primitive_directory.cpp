@@ -18,6 +18,8 @@ std::wstring primitive_directory::signature(std::wstring_view name, const primit
 }
 
 void primitive_directory::define(primitive* p) {
+    constexpr size_t expected = 16384;  // growing while all kernels register would cost more than registering them
+    if (m_entries.empty()) m_entries.reserve(expected);
     m_entries[signature(p->operation(), p->arguments())].push_back(p);
     ++m_size;
 }
