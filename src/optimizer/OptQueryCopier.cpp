@@ -31,41 +31,8 @@ Query OptQueryCopier::VisitRemoteQuery(const VQLRemoteQuery&) {
     return m_visited;
 }
 
-Query OptQueryCopier::VisitSelect(const VQLSelectQuery& query) {
-    return CopySelect(Visit(query.GetInput()), query);
-}
-Query OptQueryCopier::VisitProject(const VQLProjectQuery& query) {
-    return CopyProject(Visit(query.GetInput()), query);
-}
 Query OptQueryCopier::VisitRestrict(const VQLRestrictQuery&) {
     throw VQLException(status::OptQueryCopier_VisitRestrict, L"Restrict operator not expected");
-}
-Query OptQueryCopier::VisitPivot(const VQLPivotQuery& query) {
-    return CopyPivot(Visit(query.GetInput()), query);
-}
-Query OptQueryCopier::VisitAggregate(const VQLAggregateQuery& query) {
-    return CopyAggregate(Visit(query.GetInput()), query);
-}
-Query OptQueryCopier::VisitOrder(const VQLOrderQuery& query) {
-    return CopyOrder(Visit(query.GetInput()), query);
-}
-Query OptQueryCopier::VisitTop(const VQLTopQuery& query) {
-    return CopyTop(Visit(query.GetInput()), query);
-}
-Query OptQueryCopier::VisitJoin(const VQLJoinQuery& query) {
-    Query left = Visit(query.GetLeft());
-    return CopyJoin(std::move(left), Visit(query.GetRight()), query);
-}
-Query OptQueryCopier::VisitIndexJoin(const VQLIndexJoinQuery& query) {
-    Query left = Visit(query.GetLeft());
-    return CopyIndexJoin(std::move(left), Visit(query.GetRight()), query);
-}
-Query OptQueryCopier::VisitExchange(const VQLExchangeQuery& query) {
-    return CopyExchange(Visit(query.GetInput()), query);
-}
-Query OptQueryCopier::VisitAppend(const VQLAppendQuery& query) {
-    Query left = Visit(query.GetLeft());
-    return CopyAppend(std::move(left), Clone(query.GetRightList()), query);
 }
 
 Query OptQueryCopier::CopySelect(Query input, const VQLSelectQuery& query) {

@@ -17,19 +17,9 @@ public:
     RefCntPtr<VQLQuery> VisitText(const VQLTextQuery& query) override;
     RefCntPtr<VQLQuery> VisitIndexTable(const VQLIndexTableQuery& query) override;
     RefCntPtr<VQLQuery> VisitRemoteQuery(const VQLRemoteQuery& query) override;
-    RefCntPtr<VQLQuery> VisitSelect(const VQLSelectQuery& query) override;
-    RefCntPtr<VQLQuery> VisitProject(const VQLProjectQuery& query) override;
     /// Throws VQLException 48016 "Restrict operator not expected": the evaluator has taken them out, and puts the one
     /// that the client sees back at the end.
     RefCntPtr<VQLQuery> VisitRestrict(const VQLRestrictQuery& query) override;
-    RefCntPtr<VQLQuery> VisitPivot(const VQLPivotQuery& query) override;
-    RefCntPtr<VQLQuery> VisitAggregate(const VQLAggregateQuery& query) override;
-    RefCntPtr<VQLQuery> VisitOrder(const VQLOrderQuery& query) override;
-    RefCntPtr<VQLQuery> VisitTop(const VQLTopQuery& query) override;
-    RefCntPtr<VQLQuery> VisitJoin(const VQLJoinQuery& query) override;
-    RefCntPtr<VQLQuery> VisitIndexJoin(const VQLIndexJoinQuery& query) override;
-    RefCntPtr<VQLQuery> VisitExchange(const VQLExchangeQuery& query) override;
-    RefCntPtr<VQLQuery> VisitAppend(const VQLAppendQuery& query) override;
 
     /// Visits a child and gives the new child.
     RefCntPtr<VQLQuery> Visit(const RefCntPtr<VQLQuery>& query) { return Clone(query); }

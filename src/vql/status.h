@@ -4,7 +4,7 @@ namespace qve::status {
 
 // 48017 to 48029 and 48033 are this folder's; the texts stand behind the numbers.
 inline constexpr int VQLColumnSpace_GetColumn = 48017;        // "no such column %1"
-inline constexpr int VQLTableSpace_NoSuchTable = 48018;     // "no such table %1"
+inline constexpr int VQLTableSpace_NoSuchTable = 48018;       // "no such table %1"
 inline constexpr int VQLTableSpace_BadIdentifier = 48019;     // "bad identifier (%1)"
 inline constexpr int DatabaseVQLTableSpace_Schema = 48020;    // "no such schema (%1)"
 inline constexpr int VQLTableSpaceFamily_GetTable = 48021;    // "no such database (%1)"
