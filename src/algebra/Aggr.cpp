@@ -7,9 +7,7 @@
 #include "algebra/HashGrouping.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/RadixGrouping.h"
-#include "algebra/adopt_cells.h"
 #include "algebra/status.h"
-#include "primitives/column_kernels.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
@@ -119,7 +117,7 @@ uint64_t Aggr::Build(unsigned pageSize) {
     BuildPartitioned(pageSize);
     SetGrouping(nullptr);
     m_built = true;
-    if (m_keyPairs.empty()) BindKeys();
+    if (m_keys.empty()) BindKeys();
     for (const auto& [name, column] : m_columns) {
         column->UpdateAcceleratorProperties();
         column->Seek(0, 0);
@@ -131,14 +129,9 @@ void Aggr::BuildPartitioned(unsigned pageSize) {
     ProcessData(pageSize);
 }
 
-// The keys are copied as they are stored: tokens stay tokens of the dictionary of the source, which a computed column
-// only has once it has a page.
 void Aggr::BindKeys() {
     for (const std::wstring& name : m_keyNames) {
-        const RefCntPtr<Column> from = m_source->GetColumn(name);
-        const RefCntPtr<Column>& to = m_columns[name];
-        adopt_cells(*to, *from);
-        m_keyPairs.push_back({from, to, map_fetch_ulng_col_type_col(to->GetTokenSize())});
+        m_keys.emplace_back(m_source->GetColumn(name), m_columns[name]).Bind();
     }
 }
 
@@ -177,10 +170,10 @@ void Aggr::ChooseGrouping() {
 }
 
 void Aggr::ReplaceByHash() {
-    const auto key = std::find_if(m_keyPairs.begin(), m_keyPairs.end(), [](const KeyPair& pair) {
-        return pair.from->GetStorageName() != Column::storageVal;
+    const auto key = std::find_if(m_keys.begin(), m_keys.end(), [](const CellCopier& copier) {
+        return copier.GetFrom()->GetStorageName() != Column::storageVal;
     });
-    const std::vector<std::wstring> names = {key->to->GetName()};
+    const std::vector<std::wstring> names = {key->GetTo()->GetName()};
     const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, names);
     if (!hash) {
         throw QVE_InvalidArgument(status::Aggr_ComputeGrouping,
@@ -188,7 +181,7 @@ void Aggr::ReplaceByHash() {
     }
     const auto grouping =
         MakeRef<HashGrouping>(CompareSemantics::nullsMatch, hash, hash, names, std::max(m_estimate, 2 * m_groupCount));
-    grouping->AdoptGroups(*key->to, m_groupCount);
+    grouping->AdoptGroups(*key->GetTo(), m_groupCount);
     SetGrouping(grouping);
 }
 
@@ -200,7 +193,7 @@ void Aggr::ProcessData(unsigned pageSize) {
         const unsigned count = m_source->GetSelectionCount();
         if (count == 0) continue;
         const unsigned* sel = m_source->GetSelection();
-        if (m_keyPairs.empty()) BindKeys();
+        if (m_keys.empty()) BindKeys();
         if (!m_grouping) ChooseGrouping();
         const input_column groups = AssignGroups(count, extent, sel);
         for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Evaluate(count, extent, sel, m_source.get());
@@ -246,23 +239,7 @@ input_column Aggr::AssignGroups(unsigned count, unsigned extent, const unsigned*
 
 void Aggr::InsertRows(unsigned count, const unsigned* rows) {
     if (count > mostGroups - m_groupCount) throw QVE_OverflowError(status::Aggr_InsertRows, "Aggr::InsertRows");
-    for (const KeyPair& pair : m_keyPairs) {
-        if (pair.to->IsCompressed() && pair.from->GetDict() != pair.to->GetDict()) {
-            throw QVE_LogicError(status::Aggr_InsertRows_Dictionary, "Aggr::InsertRows: dictionary replaced");
-        }
-        const unsigned* index = rows;
-        if (pair.from->GetStorageName() == Column::storageVal) {
-            if (m_firstRow.size() < count) m_firstRow.resize(count);
-            index = m_firstRow.data();
-        }
-        pair.to->Extend(count);
-        // What the page says about nulls is not true of the groups before.
-        unsigned char flags = 0;
-        output_column out = pair.to->GetOutput();
-        out.flags = &flags;
-        pair.copy(count, out, input_column{index, nullptr, sizeof(unsigned), count, column_flags::not_null},
-                  pair.from->GetInput(), nullptr);
-    }
+    for (CellCopier& key : m_keys) key.Append(count, rows);
     for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->GetColumn()->Append(count, false);
     m_groupCount += count;
     m_grouping->SetSize(m_groupCount);

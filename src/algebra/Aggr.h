@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "algebra/CellCopier.h"
 #include "algebra/DataFlow.h"
 #include "algebra/Exp.h"
 #include "algebra/Grouping.h"
 #include "algebra/RadixCluster.h"
 #include "algebra/Table.h"
-#include "primitives/primitive_func.h"
 
 namespace qve {
 
@@ -63,12 +63,6 @@ protected:
     virtual void InsertRow(unsigned row);
 
 private:
-    // A key column of the source, its output column, and how cells go from the one to the other.
-    struct KeyPair {
-        RefCntPtr<Column> from;
-        RefCntPtr<Column> to;
-        binary_func copy;
-    };
     // Group numbers stay below what marks entries of the groupings.
     static constexpr unsigned mostGroups = ~0u - 2;
 
@@ -92,10 +86,9 @@ private:
     RefCntPtr<Column> m_groupIds;
     const std::unique_ptr<GroupPartition> m_partition;
     RadixCluster m_cluster;
-    std::vector<KeyPair> m_keyPairs;
+    std::vector<CellCopier> m_keys;
     std::vector<unsigned> m_missList;
     std::vector<unsigned> m_insertList;
-    std::vector<unsigned> m_firstRow;  // zeros, the selection of a key with one value for all rows
     unsigned m_groupCount = 0;
     bool m_built = false;
 };

@@ -4,6 +4,7 @@
 #include <memory>
 #include <numeric>
 
+#include "algebra/CellCopier.h"
 #include "algebra/CutoffKey.h"
 #include "algebra/LeafTable.h"
 #include "algebra/OperatorVisitor.h"
@@ -11,7 +12,6 @@
 #include "algebra/TableSorter.h"
 #include "algebra/adopt_cells.h"
 #include "algebra/status.h"
-#include "primitives/column_kernels.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
@@ -78,20 +78,14 @@ public:
 
     /// The finished column goes to `target`, which has no streams.
     void Release(size_t index, Column& target) {
-        Column& kept = *m_columns[index].kept;
+        const Column& kept = *m_columns[index].GetTo();
         adopt_cells(target, kept);
         target.SetData(kept.GetData());
         target.Seek(0, 0);
     }
 
 private:
-    struct KeptColumn {
-        RefCntPtr<Column> from;
-        RefCntPtr<Column> kept;
-        binary_func copy;
-    };
-
-    KeptColumn MakeColumn(const std::wstring& name) const {
+    CellCopier MakeColumn(const std::wstring& name) const {
         const RefCntPtr<Column> from = m_source.GetColumn(name);
         usrprops properties = from->GetProperties();
         // What the flow says of all its rows and of their order is not said of the candidates.
@@ -101,16 +95,13 @@ private:
         }
         properties.set(usrpropkey::name, name);
         properties.set(usrpropkey::storagetype, Column::storageCol);
-        return {from, MakeRef<Column>(std::move(properties)), nullptr};
+        return CellCopier(from, MakeRef<Column>(std::move(properties)));
     }
 
     // A computed column has its dictionary only once there is a page.
     void Bind() {
         m_bound = true;
-        for (KeptColumn& column : m_columns) {
-            adopt_cells(*column.kept, *column.from);
-            column.copy = map_fetch_ulng_col_type_col(column.kept->GetTokenSize());
-        }
+        for (CellCopier& column : m_columns) column.Bind();
         for (const Namespace::SortSpec& spec : m_specs) {
             const RefCntPtr<Column> from = m_source.GetColumn(spec.name);
             if (from->GetStorageName() == Column::storageVal) continue;  // no row is better than another by it
@@ -156,41 +147,26 @@ private:
             std::iota(m_rows.begin(), m_rows.begin() + count, 0u);
             rows = m_rows.data();
         }
-        for (KeptColumn& column : m_columns) {
-            if (column.kept->IsCompressed() && column.from->GetDict() != column.kept->GetDict()) {
-                throw QVE_LogicError(status::TopN_Build, "TopN::Build: dictionary replaced");
-            }
-            const unsigned* index = rows;
-            if (column.from->GetStorageName() == Column::storageVal) {
-                m_firstRow.resize(std::max<size_t>(m_firstRow.size(), count));
-                index = m_firstRow.data();
-            }
-            column.kept->Extend(count);
-            // What the page says about nulls is not true of the rows before.
-            unsigned char flags = 0;
-            output_column out = column.kept->GetOutput();
-            out.flags = &flags;
-            column.copy(count, out, input_column{index, nullptr, sizeof(unsigned), count, column_flags::not_null},
-                        column.from->GetInput(), nullptr);
-        }
+        for (CellCopier& column : m_columns) column.Append(count, rows);
         m_count += count;
     }
 
     // Returns whether the limit is filled.
     bool Shrink() {
         ColumnMap columns;
-        for (const KeptColumn& column : m_columns) columns.emplace(column.kept->GetName(), column.kept);
+        for (const CellCopier& column : m_columns) columns.emplace(column.GetTo()->GetName(), column.GetTo());
         const auto table = MakeRef<LeafTable>(L"top", std::move(columns));
         table->Build(0);
         TableSorter sorter(table, m_specs, m_progress);
         const bool moved = sorter.Sort(m_limit);
-        for (KeptColumn& column : m_columns) {
+        for (const CellCopier& column : m_columns) {
+            Column& kept = *column.GetTo();
             if (moved) {
-                Column sorted(column.kept->GetProperties());
-                sorter.ReorderColumn(*column.kept, sorted);
-                column.kept->SetData(sorted.GetData());
+                Column sorted(kept.GetProperties());
+                sorter.ReorderColumn(kept, sorted);
+                kept.SetData(sorted.GetData());
             } else {
-                column.kept->Resize(sorter.GetCount());
+                kept.Resize(sorter.GetCount());
             }
         }
         m_count = sorter.GetCount();
@@ -209,9 +185,9 @@ private:
     }
 
     Column& FindKept(const std::wstring& name) {
-        return *std::find_if(m_columns.begin(), m_columns.end(), [&](const KeptColumn& column) {
-                    return column.kept->GetName() == name;
-                })->kept;
+        return *std::find_if(m_columns.begin(), m_columns.end(), [&](const CellCopier& column) {
+                    return column.GetTo()->GetName() == name;
+                })->GetTo();
     }
 
     const DataFlow& m_source;
@@ -219,7 +195,7 @@ private:
     const uint64_t m_limit;
     const uint64_t m_capacity;
     const RefCntPtr<ProgressCallback> m_progress;
-    std::vector<KeptColumn> m_columns;
+    std::vector<CellCopier> m_columns;
     std::vector<std::unique_ptr<CutoffKey>> m_keys;
     bool m_bound = false;
     size_t m_depth = 0;  // how many keys have a cut-off
@@ -227,13 +203,15 @@ private:
     std::vector<unsigned> m_rows;
     std::vector<uint64_t> m_words;
     std::vector<uint64_t> m_pageWords;
-    std::vector<unsigned> m_firstRow;  // zeros, the selection of a column with one value for all rows
 };
 
 }  // namespace
 
 TopN::TopN(RefCntPtr<DataFlow> source, std::vector<SortSpec> specs, uint64_t limit)
-    : FlowTable(std::move(source), 0), m_specs(std::move(specs)), m_limit(limit), m_progress(MakeRef<ProgressCallbackImpl>()) {}
+    : FlowTable(std::move(source), 0),
+      m_specs(std::move(specs)),
+      m_limit(limit),
+      m_progress(MakeRef<ProgressCallbackImpl>()) {}
 TopN::~TopN() = default;
 
 void TopN::Accept(OperatorVisitor& visitor) {

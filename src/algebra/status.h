@@ -2,7 +2,6 @@
 
 namespace qve::status {
 
-inline constexpr int Aggr_InsertRows_Dictionary = 40010;
 inline constexpr int Aggr_source = 40012;
 inline constexpr int Aggr_ComputeGrouping = 40013;
 inline constexpr int Aggr_GetColumn = 40014;
@@ -12,6 +11,7 @@ inline constexpr int Aggr_ProcessData = 40017;
 inline constexpr int BooleanExp_MakeColumn = 40048;
 inline constexpr int CaseExp_MakeColumn = 40050;
 inline constexpr int CastExp_AllocateColumn = 40053;
+inline constexpr int CellCopier_Append = 40056;
 inline constexpr int DataFlow_DescribeColumn = 40101;
 inline constexpr int DataFlow_GetColumn = 40102;
 inline constexpr int DataFlow_LoadColumn = 40103;
@@ -46,7 +46,6 @@ inline constexpr int TableSorter_Rows = 40557;
 inline constexpr int TableSorter_ResolveSort = 40558;
 inline constexpr int TableSorter_RankHides = 40559;
 inline constexpr int TableSorter_RankTwice = 40560;
-inline constexpr int TopN_Build = 40569;
 inline constexpr int TopN_DescribeColumn = 40570;
 inline constexpr int TopN_GetColumn = 40571;
 
