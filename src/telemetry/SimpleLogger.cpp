@@ -1,12 +1,11 @@
 #include "telemetry/SimpleLogger.h"
 
-#include <tbb/concurrent_queue.h>
-
+#include <condition_variable>
 #include <cstdio>
 #include <fstream>
 #include <istream>
 #include <iterator>
-#include <optional>
+#include <vector>
 
 #include "os/Path.h"
 #include "system/QuillonException.h"
@@ -31,9 +30,12 @@ std::string stamp() {
 std::atomic<bool> SimpleLogger::s_utc{false};
 
 struct SimpleLogger::Queue {
-    tbb::concurrent_bounded_queue<std::optional<std::string>> lines;  // an empty one ends the thread
-    std::atomic<size_t> bytes{0};
-    std::atomic<uint64_t> dropped{0};
+    std::mutex mutex;  // held for a push or a swap, never while anything is written
+    std::condition_variable filled;
+    std::vector<std::string> messages;  // each of one or more whole lines
+    size_t bytes = 0;                   // of all messages that are not written yet
+    uint64_t dropped = 0;               // lines
+    bool stopped = false;
 };
 
 SimpleLogger::SimpleLogger(std::wstring path, unsigned rotateInterval)
@@ -105,37 +107,50 @@ void SimpleLogger::QueueMessage(const std::string& text) {
 
 void SimpleLogger::QueueLines(std::string_view text) {
     const std::string header = stamp();
-    while (!text.empty()) {
+    std::string message;
+    uint64_t lines = 0;
+    message.reserve(header.size() + text.size() + 1);
+    for (; !text.empty(); ++lines) {
         const size_t end = std::min(text.find('\n'), text.size());
-        std::string line;
-        line.reserve(header.size() + end + 1);
-        line.append(header).append(text.substr(0, end)).append(1, '\n');
+        message.append(header).append(text.substr(0, end)).append(1, '\n');
         text.remove_prefix(std::min(end + 1, text.size()));
-
-        const size_t size = line.size();
-        if (m_queue->bytes.fetch_add(size, std::memory_order_relaxed) + size > MaximalQueueBytes) {
-            m_queue->bytes.fetch_sub(size, std::memory_order_relaxed);
-            m_queue->dropped.fetch_add(1, std::memory_order_relaxed);
-        } else {
-            m_queue->lines.push(std::move(line));
-        }
     }
+    if (lines == 0) return;
+    std::lock_guard lock(m_queue->mutex);
+    if (m_queue->bytes + message.size() > MaximalQueueBytes) {
+        m_queue->dropped += lines;
+        return;
+    }
+    m_queue->bytes += message.size();
+    m_queue->messages.push_back(std::move(message));
+    if (m_queue->messages.size() == 1) m_queue->filled.notify_one();
 }
 
 void SimpleLogger::QueueStop() {
-    m_queue->lines.push(std::nullopt);
+    std::lock_guard lock(m_queue->mutex);
+    m_queue->stopped = true;
+    m_queue->filled.notify_one();
 }
 
 void SimpleLogger::Run() {
-    std::optional<std::string> line;
-    for (;;) {
-        m_queue->lines.pop(line);
-        const uint64_t dropped = m_queue->dropped.exchange(0, std::memory_order_relaxed);
+    std::vector<std::string> batch;
+    for (bool stopped = false; !stopped;) {
+        uint64_t dropped;
+        {
+            std::unique_lock lock(m_queue->mutex);
+            m_queue->filled.wait(lock, [this] { return !m_queue->messages.empty() || m_queue->stopped; });
+            batch.swap(m_queue->messages);
+            dropped = std::exchange(m_queue->dropped, 0);
+            stopped = std::exchange(m_queue->stopped, false);
+        }
         if (dropped != 0) WriteStamped(std::to_string(dropped) + " log lines were dropped: the log could not keep up");
-        if (!line) break;
-        RotateCheck();
-        WriteLine(*line);
-        m_queue->bytes.fetch_sub(line->size(), std::memory_order_relaxed);
+        for (const std::string& message : batch) {
+            RotateCheck();
+            WriteText(message);
+            std::lock_guard lock(m_queue->mutex);
+            m_queue->bytes -= message.size();
+        }
+        batch.clear();
     }
     Flush();
 }
@@ -152,13 +167,13 @@ void SimpleLogger::RotateCheck() {
 }
 
 void SimpleLogger::WriteStamped(std::string_view text) {
-    WriteLine(stamp().append(text).append(1, '\n'));
+    WriteText(stamp().append(text).append(1, '\n'));
 }
 
-void SimpleLogger::WriteLine(std::string_view line) {
+void SimpleLogger::WriteText(std::string_view text) {
     std::lock_guard lock(m_outputMutex);
     m_output->clear();  // a full disk may have room again
-    m_output->write(line.data(), static_cast<std::streamsize>(line.size()));
+    m_output->write(text.data(), static_cast<std::streamsize>(text.size()));
     m_output->flush();
 }
 

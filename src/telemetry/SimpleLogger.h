@@ -47,7 +47,7 @@ private:
     bool OpenMaybeTruncate(const std::wstring& path, bool exclusive);
     void RotateCheck();
     void WriteStamped(std::string_view text);
-    void WriteLine(std::string_view line);
+    void WriteText(std::string_view text);
 
     std::unique_ptr<std::ostream> m_file;  // null when the output belongs to another
     std::ostream* m_output;
