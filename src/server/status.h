@@ -14,7 +14,6 @@ inline constexpr int SessionPool_AddSession = 40422;
 inline constexpr int Session_Dispatch = 40423;
 inline constexpr int Session_GetStatement = 40427;
 inline constexpr int Session_GetRowset = 40428;
-inline constexpr int Session_GetInsert = 40429;
 inline constexpr int Server_StandardException = 40430;
 inline constexpr int Session_NotSupported = 40432;
 inline constexpr int Session_StatementExecute = 40433;
@@ -22,7 +21,6 @@ inline constexpr int Session_StatementClose = 40434;
 inline constexpr int Session_StatementPrepare = 40435;
 inline constexpr int Session_StatementCancel = 40440;
 inline constexpr int Session_StatementEstimateProgress = 40424;
-inline constexpr int Session_StatementPlan = 40425;
 inline constexpr int Rowset_GetColumn = 40695;
 /// Operator::CancelledException, which carries no number itself.
 inline constexpr int Server_Cancelled = 50000;
