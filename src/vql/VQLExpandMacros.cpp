@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "metrics/Scope.h"
@@ -14,6 +15,37 @@
 
 namespace qve {
 namespace {
+
+/// The number of nodes of expressions, each counted as often as it would be copied. Expansion shares an argument
+/// between its uses, so a short text can stand for more nodes than there is memory; it is seen here before anything
+/// copies them.
+class ExpressionSize : private VQLExpressionVisitor {
+public:
+    static constexpr size_t limit = 100000;
+
+    /// Above `limit` any number above it.
+    size_t operator()(const RefCntPtr<VQLExpression>& expression) {
+        const auto known = m_sizes.find(expression.get());
+        if (known != m_sizes.end()) return known->second;
+        m_size = 1;
+        expression->Accept(*this);
+        return m_sizes[expression.get()] = m_size;
+    }
+
+private:
+    void VisitLiteral(VQLLiteralExpression&) override {}
+    void VisitIdentifier(VQLIdentifierExpression&) override {}
+    void VisitFuncall(VQLFuncallExpression& expression) override { Add(expression.GetArguments()); }
+    void VisitCase(VQLCaseExpression& expression) override { Add(expression.GetArguments()); }
+    void Add(const VQLExpressions& arguments) {
+        size_t size = 1;
+        for (const RefCntPtr<VQLExpression>& argument : arguments) size = std::min(size + (*this)(argument), limit + 1);
+        m_size = size;
+    }
+
+    std::unordered_map<const VQLExpression*, size_t> m_sizes;
+    size_t m_size = 0;
+};
 
 class VQLExpressionExpander : public VQLExpressionCloner {
 public:
@@ -38,6 +70,9 @@ public:
         m_stack.push_back({&name, std::move(arguments)});
         RefCntPtr<VQLExpression> expanded = Clone(text);
         m_stack.pop_back();
+        if (ExpressionSize()(expanded) > ExpressionSize::limit) {
+            throw VQLParseException(status::VQLExpandMacros_TooLarge, L"query too large", call.GetPosition());
+        }
         return expanded;
     }
 

@@ -26,6 +26,7 @@ inline constexpr int VQLColumnMap_Remap = 49008;
 inline constexpr int VQLExpressionChecker_Raise = 49009;
 inline constexpr int VQLExpandMacros_Arguments = 49018;
 inline constexpr int VQLExpandMacros_Unresolved = 49019;
+inline constexpr int VQLExpandMacros_TooLarge = 49010;  // "query too large"
 inline constexpr int VQLExpressionParser_Raise = 49020;
 inline constexpr int VQLExpressionParser_Single = 49021;
 inline constexpr int VQLQueryChecker_RaiseExpression = 49035;  // a fault of an expression
