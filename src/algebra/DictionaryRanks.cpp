@@ -43,7 +43,7 @@ private:
 
 uint64_t Prefix(const char* bytes, size_t length) {
     unsigned char first[8] = {};
-    std::memcpy(first, bytes, std::min<size_t>(length, sizeof(first)));
+    std::copy_n(bytes, std::min<size_t>(length, sizeof(first)), first);
     uint64_t prefix = 0;
     for (const unsigned char byte : first) prefix = prefix << 8 | byte;
     return prefix;
@@ -51,7 +51,8 @@ uint64_t Prefix(const char* bytes, size_t length) {
 
 int Compare(const std::vector<char>& arena, const OrderedBytes& a, const OrderedBytes& b) {
     if (a.prefix != b.prefix) return a.prefix < b.prefix ? -1 : 1;
-    const int order = std::memcmp(arena.data() + a.offset, arena.data() + b.offset, std::min(a.length, b.length));
+    const uint32_t common = std::min(a.length, b.length);
+    const int order = common ? std::memcmp(arena.data() + a.offset, arena.data() + b.offset, common) : 0;
     if (order != 0) return order;
     return a.length == b.length ? 0 : (a.length < b.length ? -1 : 1);
 }
