@@ -2,9 +2,10 @@
 
 find_program(QVE_CCACHE ccache)
 if(QVE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    # CCACHE_NOHASHDIR: objects are the same for every build folder.
-    set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_NOHASHDIR=1 ${QVE_CCACHE})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_NOHASHDIR=1 ${QVE_CCACHE})
+    # Objects are the same for every build folder and every clone.
+    set(launcher ${CMAKE_COMMAND} -E env CCACHE_NOHASHDIR=1 CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} ${QVE_CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
 find_program(QVE_MOLD mold)
