@@ -93,8 +93,8 @@ void compare_text(unsigned n, text_order* orders, const input_column& a, bool a_
     const heap_reader left_values(a.heap);
     const heap_reader right_values(b.heap);
     std::string left_copy;
-    const bool moves = a.heap && b.heap && a.heap->stream() == b.heap->stream() && a.heap->stream() &&
-                       !a.heap->stream()->IsResident();
+    const bool moves =
+        a.heap && b.heap && a.heap->stream() == b.heap->stream() && a.heap->stream() && !a.heap->stream()->IsResident();
     const auto values = [&](unsigned long long x, unsigned long long y, auto compare) {
         std::string_view p = left_values[x];
         if (moves && p.data()) p = left_copy.assign(p);
