@@ -122,6 +122,11 @@ void TextScan::DetectColumns(std::vector<usrprops> columns, const usrprops& give
     }
     // Columns that are described beyond the text's are empty throughout.
     m_columnCount = std::max(m_columnCount, static_cast<unsigned>(columns.size()));
+    if (m_columnCount > maxColumns) {
+        throw QVE_RuntimeError(status::TextScan_TooManyColumns,
+                               "TextScan: a record has " + std::to_string(m_columnCount) + " fields, the limit is " +
+                                   std::to_string(maxColumns) + "; is the field delimiter right?");
+    }
     columns.resize(m_columnCount);
     m_records = split_ragged_fields_char_col(m_text, m_split, m_columnCount, m_begins, m_ends);
     m_ragged = true;

@@ -23,6 +23,8 @@ class TextScan : public DataFlow {
 public:
     /// How many records the types are found from, at the least.
     static constexpr unsigned sampleRecords = 10000;
+    /// A text with more columns is refused.
+    static constexpr unsigned maxColumns = 16384;
     /// The size of the first window of text, in KiB, in which the record delimiter is looked for; the setting
     /// `record-separator-textscan-limit`.
     static unsigned GetRecordSeparatorScanLimitK() { return s_recordSeparatorScanLimit; }
@@ -33,7 +35,8 @@ public:
 
     /// `columns` says of the first columns of the text what is known of them, such as name and type; it may be empty.
     /// `properties` is what is known of the format. Only the columns `wanted` show, all when it is empty. Throws
-    /// QVE_LogicError 40561 "Text file has no lines" and 40562 "Text file has no rows", and what the parsers raise.
+    /// QVE_LogicError 40561 "Text file has no lines" and 40562 "Text file has no rows", QVE_RuntimeError 40565
+    /// for more columns than maxColumns, and what the parsers raise.
     TextScan(RefCntPtr<DataStream> stream, std::vector<usrprops> columns, usrprops properties,
              const ColumnNames& wanted = {});
     ~TextScan() override;
