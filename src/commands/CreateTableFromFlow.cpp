@@ -12,6 +12,12 @@
 #include "telemetry/LogScopeTime.h"
 
 namespace qve {
+namespace {
+
+// Columns are parsed and encoded in parallel page by page, so a load takes more rows at a time than a query does.
+constexpr unsigned load_page_size = 16384;
+
+}  // namespace
 
 CreateTableFromFlow::CreateTableFromFlow(RefCntPtr<Database> database, std::wstring schema, std::wstring name,
                                          RefCntPtr<Namespace> plan)
@@ -33,7 +39,7 @@ RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
         if (!flow) throw QVE_LogicError(status::CreateTableFromFlow_plan, "CreateTableFromFlow: no rows");
         table = MakeRef<FlowTable>(std::move(flow));
     }
-    table->Build(pageSize);
+    table->Build(std::max(pageSize, load_page_size));
 
     Database::Transaction transaction(*m_database);
     m_database->CreateTable(m_name, m_schema);
