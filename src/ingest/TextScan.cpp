@@ -221,7 +221,7 @@ void TextScan::ShowColumns(const ColumnNames& wanted) {
         if (!wanted.empty() && wanted.count(name) == 0) continue;
         RefCntPtr<TextColumnParser> parser = m_prototypes[place]->Clone();
         usrprops properties = m_schema[place];
-        if (wide && properties.has(usrpropkey::compression)) properties.set(usrpropkey::storagewidth, L"8");
+        if (properties.has(usrpropkey::compression)) properties.set(usrpropkey::storagewidth, wide ? L"8" : L"4");
         parser->MakeColumn(properties);
         m_columns[name] = nullptr;
         m_scanned.push_back({place, std::move(parser)});

@@ -1,0 +1,159 @@
+#include "ingest/TextScan.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "storage/Column.h"
+#include "storage/stream/DataStream.h"
+#include "system/QuillonException.h"
+#include "system/unicode.h"
+#include "types/types_initialization.h"
+
+namespace qve {
+namespace {
+
+class TextScanTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { types_initialization(); }
+    void SetUp() override { m_path = std::filesystem::temp_directory_path() / fmt::format("qve_text_{}", ::getpid()); }
+    void TearDown() override { std::filesystem::remove(m_path); }
+
+    RefCntPtr<TextScan> Open(const std::string& text, std::vector<usrprops> columns = {}, usrprops properties = {}) {
+        std::ofstream(m_path, std::ios::binary) << text;
+        // Files of one test differ in length or time, but not always: each gets a name of its own.
+        const auto path = m_path;
+        m_path += "_";
+        std::filesystem::rename(path, m_path);
+        return MakeRef<TextScan>(TextScan::OpenFile(widen(m_path.string())), std::move(columns), std::move(properties));
+    }
+
+    // "name:type" of each column.
+    static std::string Schema(const TextScan& scan) {
+        std::string text;
+        for (const usrprops& column : scan.GetSchema()) {
+            const std::wstring_view type =
+                column.text(usrpropkey::factory) == L"varchar" ? L"text" : column.text(usrpropkey::builtin);
+            text += (text.empty() ? "" : " ") + narrow(column.text(usrpropkey::name)) + ":" + narrow(type);
+        }
+        return text;
+    }
+
+    // All rows, a line each, as the values print.
+    static std::string Rows(TextScan& scan, unsigned pageSize = 7) {
+        std::vector<RefCntPtr<Column>> columns;
+        for (const usrprops& column : scan.GetSchema()) {
+            columns.push_back(scan.GetColumn(std::wstring(column.text(usrpropkey::name))));
+        }
+        std::ostringstream text;
+        while (const unsigned extent = scan.Next(pageSize)) {
+            for (unsigned row = 0; row < extent; ++row) {
+                for (const auto& column : columns) {
+                    usratom value;
+                    column->GetType()->get(column->GetInput(0), row, value);
+                    column->GetType()->tostream(text, value) << (column == columns.back() ? "\n" : " ");
+                }
+            }
+        }
+        return text.str();
+    }
+
+private:
+    std::filesystem::path m_path;
+};
+
+TEST_F(TextScanTest, FindsSeparatorHeaderAndTypes) {
+    const auto scan = Open("id;name;price;day;ok\n1;Ann;2,5;2024-02-29;true\n2;Bob, jr;3;;false\n");
+    EXPECT_EQ(Schema(*scan), "id:bigint name:text price:text day:date ok:bit");
+    EXPECT_EQ(Rows(*scan), "1 'Ann' '2,5' 2024-02-29 t\n2 'Bob, jr' '3' NULL f\n");
+    EXPECT_EQ(scan->GetTextProperties().text(usrpropkey::field_delimiter), L";");
+    EXPECT_EQ(scan->GetTextProperties().text(usrpropkey::header_row), L"true");
+}
+
+TEST_F(TextScanTest, NamesColumnsThatHaveNone) {
+    EXPECT_EQ(Schema(*Open("1,2\n3,4\n")), "F1:bigint F2:bigint");
+    EXPECT_EQ(Schema(*Open("sales,sales,,[x]\n1,2,3,4\n")), "sales:bigint sales 1:bigint F3:bigint (x):bigint");
+}
+
+TEST_F(TextScanTest, FindsTheHeaderOfATextOfTexts) {
+    EXPECT_EQ(Schema(*Open("code,kind\nAA1,x\nBB2,x\nCC3,y\nDD4,y\nEE5,x\n")), "code:text kind:text");
+    // The first record is like the others.
+    EXPECT_EQ(Schema(*Open("AA1,x\nBB2,x\nCC3,y\n")), "F1:text F2:text");
+}
+
+TEST_F(TextScanTest, CountsFieldsThatAreNoValues) {
+    std::string text = "n\n";
+    for (int i = 0; i < 70000; ++i) text += std::to_string(i) + "\n";  // more than the sample
+    text += "oops\n7\nworse\n";
+    usrprops column;
+    column.set(usrpropkey::type, L"bigint");
+    const auto scan = Open(text, {column});
+    while (scan->Next(1000)) {
+    }
+    const usrprops& properties = scan->GetColumn(L"n")->GetProperties();
+    EXPECT_EQ(properties.text(usrpropkey::count_errors), L"2");
+    EXPECT_EQ(properties.text(usrpropkey::first_error), L"70000");
+    EXPECT_EQ(properties.text(usrpropkey::last_error), L"70002");
+}
+
+TEST_F(TextScanTest, TellsEmptyTextFromNull) {
+    EXPECT_EQ(Rows(*Open("a,b\nx,\"\"\ny,\n\"q \"\"r\"\"\",z\n")), "'x' ''\n'y' NULL\n'q \"r\"' 'z'\n");
+}
+
+TEST_F(TextScanTest, ReadsOtherCharacterSetsAndLineEnds) {
+    const std::string windows =
+        "name,n\r\nM\xFCller,1\r\nStra\xDF"
+        "e,2\r\nGr\xF6\xDF"
+        "e,3\r\n";
+    EXPECT_EQ(Rows(*Open(windows)), "'Müller' 1\n'Straße' 2\n'Größe' 3\n");
+    std::string utf16 = "\xFF\xFE";
+    for (const char16_t unit : std::u16string(u"name,n\nŁódź,1\n日本,2\n")) {
+        utf16 += static_cast<char>(unit & 0xFF);
+        utf16 += static_cast<char>(unit >> 8);
+    }
+    EXPECT_EQ(Rows(*Open(utf16)), "'Łódź' 1\n'日本' 2\n");
+    EXPECT_EQ(Rows(*Open("\xEF\xBB\xBFname,n\rx,1\ry,2\r")), "'x' 1\n'y' 2\n");
+}
+
+TEST_F(TextScanTest, LeavesApostrophesAndInchMarksAlone) {
+    EXPECT_EQ(Rows(*Open("size,what\n5\",disk\n3\",'tis\n8\",don't\n")),
+              "'5\"' 'disk'\n'3\"' '\\'tis'\n'8\"' 'don\\'t'\n");
+    EXPECT_EQ(Rows(*Open("p,n\n\"C:\\dir\\\",1\n\"D:\\\",2\n")), "'C:\\\\dir\\\\' 1\n'D:\\\\' 2\n");
+}
+
+TEST_F(TextScanTest, ReadsAgainFromTheStart) {
+    const auto scan = Open("a\n1\n2\n3\n");
+    EXPECT_EQ(Rows(*scan), "1\n2\n3\n");
+    scan->ResetCursor();
+    EXPECT_EQ(Rows(*scan, 1), "1\n2\n3\n");
+}
+
+TEST_F(TextScanTest, RefusesWhatIsNoTable) {
+    EXPECT_THROW(Open(""), QVE_LogicError);
+    EXPECT_THROW(Open("no line end at all"), QVE_LogicError);
+    EXPECT_THROW(Open(std::string(40000, ',') + "\n1\n"), QVE_RuntimeError);
+    usrprops headerOnly;
+    headerOnly.set(usrpropkey::header_row, L"true");
+    EXPECT_THROW(Open("a,b\n", {}, headerOnly), QVE_LogicError);
+    EXPECT_THROW(TextScan::OpenFile(L"/nowhere/at/all.csv"), QVE_RuntimeError);
+    // Bytes of any kind are read as something, or refused with an error.
+    std::string binary;
+    for (int i = 0; i < 5000; ++i) binary += static_cast<char>((i * 7919) >> 3);
+    try {
+        Rows(*Open(binary));
+    } catch (const QuillonException&) {
+    }
+}
+
+TEST_F(TextScanTest, EndsWhenItIsCancelled) {
+    const auto scan = Open("a\n1\n2\n");
+    scan->SetCancelled();
+    EXPECT_THROW(scan->Next(1), Operator::CancelledException);
+}
+
+}  // namespace
+}  // namespace qve
