@@ -13,7 +13,9 @@ TextVQLTableSpace::TextVQLTableSpace(SymbolDictionary& dictionary, std::wstring 
       m_schema(std::move(schema)),
       m_properties(std::move(properties)) {}
 
-bool TextVQLTableSpace::HasTable(const VQLIdentifier&) const { return true; }
+bool TextVQLTableSpace::HasTable(const VQLIdentifier&) const {
+    return true;
+}
 
 RefCntPtr<VQLTable> TextVQLTableSpace::GetTable(const VQLIdentifier& name) const {
     if (m_table) return m_table;

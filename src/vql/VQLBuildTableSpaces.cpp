@@ -22,9 +22,9 @@ private:
     void VisitText(VQLTextQuery& query) override {
         const std::wstring space = VQLTableSpaceFamily::TextSpacePath(query);
         if (m_family.HasTableSpace(space)) return;
-        const RefCntPtr<VQLTableSpace> text = MakeRef<TextVQLTableSpace>(
-            m_family.GetDictionary(), m_databases.ResolveDataFilePath(query.GetPath()), query.GetSchema(),
-            query.GetTextProperties());
+        const RefCntPtr<VQLTableSpace> text =
+            MakeRef<TextVQLTableSpace>(m_family.GetDictionary(), m_databases.ResolveDataFilePath(query.GetPath()),
+                                       query.GetSchema(), query.GetTextProperties());
         m_family.AddTableSpace(text, space);
     }
     void VisitRemoteQuery(VQLRemoteQuery&) override {}
