@@ -101,7 +101,9 @@ TEST_F(TextScanTest, CountsFieldsThatAreNoValues) {
 }
 
 TEST_F(TextScanTest, TellsEmptyTextFromNull) {
-    EXPECT_EQ(Rows(*Open("a,b\nx,\"\"\ny,\n\"q \"\"r\"\"\",z\n")), "'x' ''\n'y' NULL\n'q \"r\"' 'z'\n");
+    usrprops header;
+    header.set(usrpropkey::header_row, L"true");
+    EXPECT_EQ(Rows(*Open("a,b\nx,\"\"\ny,\n\"q \"\"r\"\"\",z\n", {}, header)), "'x' ''\n'y' NULL\n'q \"r\"' 'z'\n");
 }
 
 TEST_F(TextScanTest, ReadsOtherCharacterSetsAndLineEnds) {
