@@ -7,11 +7,13 @@
 namespace qve {
 
 /// Returns `n` when `fits` is true; otherwise stops the program by an arithmetic trap. A kernel asked for more rows
-/// than its output holds must end here and never run over. The volatile keeps the division: without it compilers see
-/// that a divisor of 0 is undefined, and drop the test.
+/// than its output holds must end here and never run over. The volatile divisor keeps compilers from seeing that a
+/// divisor of 0 is undefined; the empty instruction, from dropping a division whose result nobody takes.
 inline unsigned rows_that_fit(unsigned n, bool fits) {
     volatile unsigned divisor = fits;
-    return n / divisor;
+    const unsigned rows = n / divisor;
+    asm volatile("" : : "r"(rows));
+    return rows;
 }
 
 /// The capacity stop of maps: `n` rows, or the rows that `sel` lists in ascending order, of `width` bytes each.
