@@ -1,5 +1,6 @@
 #include "cli/ErrorLocator.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "cli/display_width.h"
@@ -76,8 +77,16 @@ std::string ShowPlace(const std::string& text, Place place) {
         line.remove_prefix(line.find(L'\n') + 1);
     }
     line = line.substr(0, line.find(L'\n'));
-    const std::wstring_view before = line.substr(0, static_cast<std::size_t>(place.column));
-    return Printable(narrow(line)) + "\n" + std::string(DisplayWidth(Printable(narrow(before))), ' ') + "^";
+    // Generated statements may be one line of megabytes: only the surroundings of the place are shown.
+    constexpr std::size_t shown = 60;
+    const std::size_t place_in_line = std::min(static_cast<std::size_t>(place.column), line.size());
+    const std::size_t first = place_in_line > shown ? place_in_line - shown : 0;
+    const std::string mark = first > 0 ? "..." : "";
+    const std::wstring_view before = line.substr(first, place_in_line - first);
+    const std::wstring_view around = line.substr(first, before.size() + shown);
+    const std::string end = first + around.size() < line.size() ? "..." : "";
+    const std::string indent(mark.size() + DisplayWidth(Printable(narrow(before))), ' ');
+    return mark + Printable(narrow(around)) + end + "\n" + indent + "^";
 }
 
 }  // namespace qve::cli
