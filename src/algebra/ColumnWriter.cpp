@@ -103,7 +103,10 @@ void ColumnWriter::Finish() {
     m_stream = m_factory->FinaliseStream(m_stream);
     m_target->SetData(m_stream);
     m_factory->ExtractMetadata(m_target);
-    if (m_ownDictionary) m_target->UpdateAcceleratorProperties();
+    // What a dictionary knows of its values lets later queries work on tokens. Asking one that has no index would build
+    // it, for several columns at once when they share the dictionary.
+    const RefCntPtr<DataStream>& dictionary = m_target->GetDict();
+    if (m_ownDictionary || (dictionary && dictionary->GetAccelerator())) m_target->UpdateAcceleratorProperties();
 }
 
 }  // namespace qve
