@@ -4,6 +4,7 @@
 
 #include "storage/Column.h"
 #include "storage/Database.h"
+#include "storage/stream/TempFileDataStream.h"
 #include "telemetry/LogScopeTime.h"
 
 namespace qve {
@@ -29,6 +30,8 @@ uint64_t Save::Build(unsigned pageSize) {
         if (std::find(stored.begin(), stored.end(), name) == stored.end()) {
             m_database->CreateColumn(name, m_table, m_schema, column->GetProperties());
         }
+        // Tokens as narrow as the dictionary allows: less to store, and a byte or two can number groups directly.
+        column->MinimiseTokens(MakeRef<TempFileDataStream>());
         m_database->ReplaceColumn(name, m_table, m_schema, *column);
     }
     transaction.Commit();
