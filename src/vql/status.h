@@ -3,17 +3,16 @@
 namespace qve::status {
 
 // 48017 to 48029 and 48033 are this folder's; the texts stand behind the numbers.
-inline constexpr int VQLColumnSpace_GetColumn = 48017;        // "no such column %1"
-inline constexpr int VQLTableSpace_NoSuchTable = 48018;       // "no such table %1"
-inline constexpr int VQLTableSpace_BadIdentifier = 48019;     // "bad identifier (%1)"
-inline constexpr int DatabaseVQLTableSpace_Schema = 48020;    // "no such schema (%1)"
-inline constexpr int VQLTableSpaceFamily_GetTable = 48021;    // "no such database (%1)"
-inline constexpr int VQLCaseExpression_Arguments = 48024;     // "invalid number of case arguments"
-inline constexpr int VQLQuery_GetColumnSpace = 48025;         // "VQLQuery: columnspace not defined"
-inline constexpr int CreateFunctions_Insert = 48026;          // "return type cannot be null"
-inline constexpr int VQLQueryFormatter_VisitJoin = 48027;     // "unknown join type"
-inline constexpr int VQLRestrictScans_Wanted = 48028;         // "wanted column not present in input"
-inline constexpr int VQLFindRequestedOrder_Exchange = 48033;  // "Exchange operator not expected"
+inline constexpr int VQLColumnSpace_GetColumn = 48017;      // "no such column %1"
+inline constexpr int VQLTableSpace_NoSuchTable = 48018;     // "no such table %1"
+inline constexpr int VQLTableSpace_BadIdentifier = 48019;   // "bad identifier (%1)"
+inline constexpr int DatabaseVQLTableSpace_Schema = 48020;  // "no such schema (%1)"
+inline constexpr int VQLTableSpaceFamily_GetTable = 48021;  // "no such database (%1)"
+inline constexpr int VQLCaseExpression_Arguments = 48024;   // "invalid number of case arguments"
+inline constexpr int VQLQuery_GetColumnSpace = 48025;       // "VQLQuery: columnspace not defined"
+inline constexpr int CreateFunctions_Insert = 48026;        // "return type cannot be null"
+inline constexpr int VQLQueryFormatter_VisitJoin = 48027;   // "unknown join type"
+inline constexpr int VQLRestrictScans_Wanted = 48028;       // "wanted column not present in input"
 inline constexpr int VQLExpandMacros_Recursive = 48029;
 inline constexpr int VQLFunctionTable_Resolve_Ambiguous = 48030;
 inline constexpr int VQLFunctionTable_ResolveCaseType = 48031;

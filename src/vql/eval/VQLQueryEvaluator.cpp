@@ -43,12 +43,16 @@ public:
     const RefCntPtr<VQLQuery>& Get() const { return m_query; }
     const VQLTableSpaceFamily& GetTableSpaces() const { return m_spaces; }
 
-    void Check() { m_checker(m_query); }
-    // One pass: its metric scope bears the name too. What it leaves is checked again and logged.
+    // What a pass leaves is checked again, so that the next one finds fresh columns and types.
+    template <class Pass>
+    void Rewrite(Pass pass) {
+        m_query = pass(m_query);
+        m_checker(m_query);
+    }
+    // One pass of the list; its metric scope bears the name too.
     template <class Pass>
     void Run(const char* name, Pass pass) {
-        m_query = pass(m_query);
-        Check();
+        Rewrite(pass);
         LogStage(name);
     }
     void LogStage(const char* name) { m_stages.LogStage(name, m_query); }
@@ -94,13 +98,13 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     Metrics::Scope scope("VQLQueryEvaluator::Eval");
     SymbolDictionary& symbols = m_symbols;
     VQLIdentifierFactory factory(symbols);
-    RefCntPtr<VQLQuery> parsed = VQLQueryParser(symbols)(node);
-    parsed = VQLExpandMacros(symbols, GetVQLMacros(), parsed);
 
-    Evaluation evaluation(m_databases, symbols, std::move(parsed));
+    Evaluation evaluation(m_databases, symbols, VQLQueryParser(symbols)(node));
     evaluation.LogStage("Parsed");
     evaluation.LogQuery("Query parsed:\n");
-    evaluation.Check();
+    // Before the first check, since a macro takes precedence over the function of its name.
+    evaluation.Rewrite(
+        [&](const RefCntPtr<VQLQuery>& query) { return VQLExpandMacros(symbols, GetVQLMacros(), query); });
     const VQLTableSpaceFamily& spaces = evaluation.GetTableSpaces();
     // What the client asked for, and in which order; the passes may add columns and forget orders.
     const RefCntPtr<VQLColumnSpace> wanted = evaluation.Get()->GetColumnSpace();

@@ -27,24 +27,7 @@ constexpr unsigned eval_page_size = 1024;
 
 }  // namespace
 
-VQLSession::VQLSession(DatabaseFamily& databases)
-    : m_databases(databases),
-      m_commands{
-          {L"connect", &VQLSession::ExecConnect},
-          {L"create", &VQLSession::ExecCreate},
-          {L"drop", &VQLSession::ExecDrop},
-          {L"insert", &VQLSession::ExecNotSupported},
-          {L"package", &VQLSession::ExecNotSupported},
-          {L"unpackage", &VQLSession::ExecNotSupported},
-          {L"show", &VQLSession::ExecShow},
-          {L"describe", &VQLSession::ExecDescribe},
-          {L"sort", &VQLSession::ExecNotSupported},
-          {L"pivot-table", &VQLSession::ExecNotSupported},
-          {L"alter", &VQLSession::ExecNotSupported},
-          {L"replace", &VQLSession::ExecNotSupported},
-          {L"settings", &VQLSession::ExecNotSupported},
-          {L"queryband", &VQLSession::ExecNotSupported},
-      } {}
+VQLSession::VQLSession(DatabaseFamily& databases) : m_databases(databases) {}
 
 VQLSession::~VQLSession() = default;
 
@@ -108,12 +91,28 @@ RefCntPtr<Table> VQLSession::Eval(const std::wstring& text, EvalTimers& timers) 
 }
 
 RefCntPtr<Namespace> VQLSession::Exec(const RefCntPtr<VQLNode>& node) {
+    static const Handlers commands{
+        {L"connect", &VQLSession::ExecConnect},
+        {L"create", &VQLSession::ExecCreate},
+        {L"drop", &VQLSession::ExecDrop},
+        {L"insert", &VQLSession::ExecNotSupported},
+        {L"package", &VQLSession::ExecNotSupported},
+        {L"unpackage", &VQLSession::ExecNotSupported},
+        {L"show", &VQLSession::ExecShow},
+        {L"describe", &VQLSession::ExecDescribe},
+        {L"sort", &VQLSession::ExecNotSupported},
+        {L"pivot-table", &VQLSession::ExecNotSupported},
+        {L"alter", &VQLSession::ExecNotSupported},
+        {L"replace", &VQLSession::ExecNotSupported},
+        {L"settings", &VQLSession::ExecNotSupported},
+        {L"queryband", &VQLSession::ExecNotSupported},
+    };
     const auto* list = dynamic_cast<const VQLListNode*>(node.get());
     if (!list) return nullptr;
     const VQLCommandArguments args(list->GetNodes());
     const std::wstring* word = args.Symbol(0);
-    const auto command = word ? m_commands.find(*word) : m_commands.end();
-    return command == m_commands.end() ? nullptr : (this->*command->second)(args);
+    const auto command = word ? commands.find(*word) : commands.end();
+    return command == commands.end() ? nullptr : (this->*command->second)(args);
 }
 
 RefCntPtr<Namespace> VQLSession::ExecModifier(const VQLCommandArguments& args, const Handlers& handlers) {

@@ -91,7 +91,6 @@ private:
     void SelectDatabase(RefCntPtr<Database> database);
 
     DatabaseFamily& m_databases;
-    Handlers m_commands;
     SymbolDictionary m_symbols;
 };
 
