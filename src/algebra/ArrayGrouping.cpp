@@ -69,7 +69,9 @@ private:
 };
 
 ArrayGrouping::ArrayGrouping(CompareSemantics semantics, std::wstring key, bool isSigned)
-    : Grouping(semantics), m_key(std::move(key)), m_signed(isSigned) {
+    : ArrayGrouping(semantics, key, key, isSigned) {}
+ArrayGrouping::ArrayGrouping(CompareSemantics semantics, std::wstring probeKey, std::wstring buildKey, bool isSigned)
+    : Grouping(semantics), m_probeKey(std::move(probeKey)), m_buildKey(std::move(buildKey)), m_signed(isSigned) {
     Reset(0);
 }
 ArrayGrouping::~ArrayGrouping() = default;
@@ -84,7 +86,11 @@ void ArrayGrouping::Reset(unsigned size) {
 }
 
 RefCntPtr<Grouping::Context> ArrayGrouping::MakeContext(const Namespace* rows, const Namespace* groups) const {
-    return MakeRef<ColumnContext>(rows, groups, m_key);
+    return MakeRef<ColumnContext>(rows, groups, m_probeKey);
+}
+
+RefCntPtr<Grouping::Context> ArrayGrouping::MakeInnerContext(const Namespace* rows, const Namespace* groups) const {
+    return MakeRef<ColumnContext>(rows, groups, m_buildKey);
 }
 
 input_column ArrayGrouping::HashInsert(unsigned, unsigned, const unsigned*, Context* context) const {
@@ -170,32 +176,62 @@ void ArrayGrouping::InsertHashes(unsigned count, const unsigned* rows, input_col
               [&](const auto* keys, auto slot) { InsertDirect(count, rows, keys, first, m_table.get(), slot); });
 }
 
+void ArrayGrouping::InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) {
+    WithSlots(hashes, m_base, m_slots, m_signed,
+              [&](const auto* keys, auto slot) { InsertRowsDirect(count, rows, keys, base, m_table.get(), slot); });
+}
+
+unsigned ArrayGrouping::ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes,
+                                  const unsigned* sel, Context*) {
+    return WithSlots(hashes, m_base, m_slots, m_signed, [&](const auto* keys, auto slot) {
+        return ProbeHitsDirect(count, hits, groups.values<unsigned>(), keys, sel, m_table.get(), slot);
+    });
+}
+
 GroupingIdType ArrayGrouping::NameId() const {
     return GroupingIdType::array;
 }
 
+namespace {
+
+// Whether the values of a column are numbers that a table can be indexed by, and whether they have a sign.
+struct KeyKind {
+    bool direct = false;
+    bool isSigned = false;
+};
+
+KeyKind KindOf(const Column& column) {
+    if (column.GetStorageName() != Column::storageCol || column.GetTokenSize() < 4) return {};
+    if (column.IsCompressed()) return {column.HasProperty(usrpropkey::distinct), false};
+    switch (column.GetDataType()) {
+        case DataType::integer:
+        case DataType::duration:
+            return {true, true};
+        case DataType::index:
+        case DataType::date:
+        case DataType::datetime:
+            return {true, false};
+        default:
+            return {};
+    }
+}
+
+}  // namespace
+
 RefCntPtr<Grouping> ArrayGrouping::Resolve(const Namespace& input, const std::wstring& key,
                                            CompareSemantics semantics) {
-    const RefCntPtr<Column> column = input.DescribeColumn(key);
-    if (column->GetStorageName() != Column::storageCol || column->GetTokenSize() < 4) return nullptr;
-    bool isSigned = false;
-    if (column->IsCompressed()) {
-        if (!column->HasProperty(usrpropkey::distinct)) return nullptr;
-    } else {
-        switch (column->GetDataType()) {
-            case DataType::integer:
-            case DataType::duration:
-                isSigned = true;
-                break;
-            case DataType::index:
-            case DataType::date:
-            case DataType::datetime:
-                break;
-            default:
-                return nullptr;
-        }
-    }
-    return MakeRef<ArrayGrouping>(semantics, key, isSigned);
+    const KeyKind kind = KindOf(*input.DescribeColumn(key));
+    return kind.direct ? MakeRef<ArrayGrouping>(semantics, key, kind.isSigned) : nullptr;
+}
+
+RefCntPtr<Grouping> ArrayGrouping::ResolveJoin(const Namespace& outer, const std::wstring& probeKey,
+                                               const Namespace& inner, const std::wstring& buildKey,
+                                               CompareSemantics semantics) {
+    const RefCntPtr<Column> outerKey = outer.DescribeColumn(probeKey);
+    const RefCntPtr<Column> innerKey = inner.DescribeColumn(buildKey);
+    const KeyKind kind = KindOf(*innerKey);
+    if (!kind.direct || innerKey->IsCompressed() || outerKey->GetType() != innerKey->GetType()) return nullptr;
+    return MakeRef<ArrayGrouping>(semantics, probeKey, buildKey, kind.isSigned);
 }
 
 }  // namespace qve

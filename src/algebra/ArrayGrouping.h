@@ -16,6 +16,8 @@ class ArrayGrouping : public Grouping {
 public:
     /// By the column `key` of the rows; `isSigned` says how its values are ordered.
     ArrayGrouping(CompareSemantics semantics, std::wstring key, bool isSigned);
+    /// For a join, by the column `probeKey` of the outer rows and `buildKey` of the inner ones.
+    ArrayGrouping(CompareSemantics semantics, std::wstring probeKey, std::wstring buildKey, bool isSigned);
     ~ArrayGrouping() override;
 
     void Reset(unsigned size) override;
@@ -30,10 +32,20 @@ public:
     /// `hash` is a key; only for keys that fit into 32 bits.
     void InsertHash(unsigned hash, unsigned group) override;
     void InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) override;
+    void InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) override;
+    unsigned ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes, const unsigned* sel,
+                       Context* context) override;
     GroupingIdType NameId() const override;
 
     /// The strategy for the column `key` of `input`; null when its kind does not allow it.
     static RefCntPtr<Grouping> Resolve(const Namespace& input, const std::wstring& key, CompareSemantics semantics);
+    /// The strategy for a join on two columns whose cells compare with each other; null when their kind does not allow
+    /// it.
+    static RefCntPtr<Grouping> ResolveJoin(const Namespace& outer, const std::wstring& probeKey, const Namespace& inner,
+                                           const std::wstring& buildKey, CompareSemantics semantics);
+
+protected:
+    RefCntPtr<Context> MakeInnerContext(const Namespace* rows, const Namespace* groups) const override;
 
 private:
     class ColumnContext;
@@ -42,7 +54,8 @@ private:
     };
     bool Grow(uint64_t oldLow, uint64_t oldHigh, uint64_t& low, uint64_t high, uint64_t top);
 
-    const std::wstring m_key;
+    const std::wstring m_probeKey;
+    const std::wstring m_buildKey;
     const bool m_signed;
     // Slot k holds the group of the key m_base + k, plus 1, and 0 where there is none. Two slots follow: one that stays
     // 0, for keys out of range, and that of the null. The memory is only touched where keys are.

@@ -1,9 +1,9 @@
 #include "algebra/Exp.h"
 
+#include "algebra/reserve_page.h"
 #include "algebra/status.h"
 #include "primitives/column_kernels.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 
 namespace qve {
@@ -72,14 +72,7 @@ DataType Exp::GetDataType() const {
 }
 
 output_column Exp::ReserveBuffer(unsigned extent) {
-    if (m_column->IsCompressed() && !m_column->GetDict()) m_column->SetDict(MakeRef<TempFileDataStream>());
-    if (!m_column->GetData()) m_column->SetData(MakeRef<TempFileDataStream>());
-    if (m_column->GetLimit() < extent) {
-        const uint64_t rows = m_column->GetCount();
-        if (rows < extent) m_column->Extend(extent - rows);
-        m_column->Seek(0, extent);
-    }
-    return m_column->GetOutput(0);
+    return reserve_page(*m_column, extent);
 }
 
 void Exp::EvaluateArguments(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {

@@ -121,6 +121,35 @@ const std::wstring& Grouping::GetName() const {
     return names[id < std::size(names) ? id : 0];
 }
 
+RefCntPtr<Grouping::Context> Grouping::MakeInnerContext(const Namespace* rows, const Namespace* groups) const {
+    return MakeContext(rows, groups);
+}
+
+void Grouping::InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) {
+    const unsigned* hash = hashes.values<unsigned>();
+    const bool single = hashes.flags & column_flags::constant;
+    for (unsigned i = 0; i < count; ++i) InsertHash(hash[single ? 0 : rows[i]], base + rows[i]);
+}
+
+unsigned Grouping::ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes,
+                             const unsigned* sel, Context* context) {
+    unsigned char flags = 0;
+    groups.flags = &flags;
+    const unsigned misses = Probe(count, hits, groups, hashes, sel, context);
+    unsigned* group = groups.values<unsigned>();
+    if (flags & column_flags::constant && count > 0) {
+        const unsigned only = misses > 0 ? noGroup : group[sel ? sel[0] : 0];
+        for (unsigned i = 0; i < count; ++i) group[sel ? sel[i] : i] = only;
+    }
+    unsigned found = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned row = sel ? sel[i] : i;
+        hits[found] = row;
+        found += group[row] != noGroup;
+    }
+    return found;
+}
+
 void Grouping::MakeLinkColumn(unsigned long long rows) {
     m_links = MakeTemporary(L"ulng", L".LINKS");
     m_links->Append(static_cast<unsigned>(rows), true);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "algebra/Namespace.h"
 #include "system/RefCntObject.h"
@@ -12,6 +13,8 @@
 namespace qve {
 
 class Column;
+class ProgressCallback;
+class Table;
 
 /// How the keys of a grouping compare.
 enum class CompareSemantics : unsigned {
@@ -41,6 +44,9 @@ enum class GroupingIdType : unsigned { none, array, radix, hash };
 /// of the group of the first of them, which may be the only one that was written. Rows with equal keys get one group,
 /// the first of them in order, and groups are numbered in the order of their first rows; only where keys of one page
 /// have the same hash may a later one of them come out of turn.
+///
+/// A join loads the rows of its inner table by HashInner. There the number of a group is the number of its first row,
+/// so that the key of a group stands in the inner table itself, and further rows of the group follow by ".LINKS".
 class Grouping : public RefCntObject {
 public:
     /// The number of a row that has no group yet.
@@ -109,12 +115,29 @@ public:
     /// InsertHash for `count` rows of a page, which get the groups from `first` on.
     virtual void InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first);
 
+    /// InsertHash for `count` rows of a page of a join's inner table, each of which is the first of the group numbered
+    /// `base` + its position.
+    virtual void InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base);
+    /// Makes the rows of a join's inner table known by their columns `names`; where nulls differ, those without a null
+    /// among them. `keys` holds the whole of these columns by row number, in Column objects of its own. False when the
+    /// strategy turns out not to take these keys; then it is of no further use. `progress` may be null; when it says
+    /// cancelled, the loading ends with CancelledException. Raises QVE_RangeError 40231 for a table of more than
+    /// 4,294,967,293 rows.
+    virtual bool HashInner(const RefCntPtr<Table>& inner, const Namespace& keys, const std::vector<std::wstring>& names,
+                           unsigned pageSize, const ProgressCallback* progress);
+    /// Probe for the outer rows of a join: writes the group of each row to `groups`, noGroup where there is none, and
+    /// the positions of rows with a group to `hits`, which has room for one more than `count`; returns how many.
+    virtual unsigned ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes,
+                               const unsigned* sel, Context* context);
+
     /// The display name of the strategy.
     const std::wstring& GetName() const;
     void SetSize(unsigned groups) { m_size = groups; }
     CompareSemantics GetSemantics() const { return m_semantics; }
 
 protected:
+    /// The context of the pages of a join's inner table.
+    virtual RefCntPtr<Context> MakeInnerContext(const Namespace* rows, const Namespace* groups) const;
     /// Makes the column ".LINKS" for `rows` inner rows, all ones.
     void MakeLinkColumn(unsigned long long rows);
     /// Makes `next` the successor of the inner row `row`.

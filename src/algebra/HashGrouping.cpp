@@ -51,10 +51,11 @@ constexpr unsigned adoptedRows = 1024;
 /// The key columns of rows and groups, and the kernels that tell where they differ.
 class HashGrouping::HashContext : public ExpGrouping::ExpContext {
 public:
-    HashContext(const Namespace* rows, const Namespace* groups, const std::vector<std::wstring>& keys)
+    HashContext(const Namespace* rows, const Namespace* groups, const std::vector<std::wstring>& rowKeys,
+                const std::vector<std::wstring>& groupKeys)
         : ExpContext(rows, groups) {
-        for (const std::wstring& key : keys) {
-            m_checks.push_back({rows->GetColumn(key), groups->GetColumn(key), nullptr, nullptr});
+        for (size_t i = 0; i < rowKeys.size(); ++i) {
+            m_checks.push_back({rows->GetColumn(rowKeys[i]), groups->GetColumn(groupKeys[i]), nullptr, nullptr});
         }
     }
 
@@ -138,8 +139,12 @@ private:
 
 HashGrouping::HashGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp,
                            std::vector<std::wstring> keys, unsigned estimate)
+    : HashGrouping(semantics, std::move(probeExp), std::move(buildExp), keys, keys, estimate) {}
+HashGrouping::HashGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp,
+                           std::vector<std::wstring> probeKeys, std::vector<std::wstring> buildKeys, unsigned estimate)
     : ExpGrouping(semantics, std::move(probeExp), std::move(buildExp)),
-      m_keys(std::move(keys)),
+      m_probeKeys(std::move(probeKeys)),
+      m_buildKeys(std::move(buildKeys)),
       m_table(std::make_unique<cuckoo_hash<unsigned, unsigned>>(estimate)) {}
 HashGrouping::~HashGrouping() = default;
 
@@ -154,7 +159,11 @@ void HashGrouping::Reset(unsigned size) {
 }
 
 RefCntPtr<Grouping::Context> HashGrouping::MakeContext(const Namespace* rows, const Namespace* groups) const {
-    return MakeRef<HashContext>(rows, groups, m_keys);
+    return MakeRef<HashContext>(rows, groups, m_probeKeys, m_buildKeys);
+}
+
+RefCntPtr<Grouping::Context> HashGrouping::MakeInnerContext(const Namespace* rows, const Namespace* groups) const {
+    return MakeRef<HashContext>(rows, groups, m_buildKeys, m_buildKeys);
 }
 
 unsigned HashGrouping::Probe(unsigned count, unsigned* misses, output_column groups, input_column hashes,
@@ -196,11 +205,11 @@ void HashGrouping::LogHashtableStatistics(std::string_view text) const {
                << " maximal collision ratio=" << m_maximalCollisionRatio;
 }
 
-RefCntPtr<Exp> HashGrouping::ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys) {
+RefCntPtr<Exp> HashGrouping::ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys, bool tokens) {
     RefCntPtr<HashExp> hash;
     for (const std::wstring& key : keys) {
         const RefCntPtr<Column> column = input.DescribeColumn(key);
-        hash = MakeRef<HashExp>(L".HashGrouping", hash ? L"rehash" : L"hash", MakeRef<ColumnExp>(column), true, hash);
+        hash = MakeRef<HashExp>(L".HashGrouping", hash ? L"rehash" : L"hash", MakeRef<ColumnExp>(column), tokens, hash);
     }
     if (!hash) return nullptr;
     try {

@@ -19,6 +19,9 @@ public:
     /// of groups; it only sizes the table.
     HashGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp,
                  std::vector<std::wstring> keys, unsigned estimate);
+    /// For a join, whose outer rows have the key columns `probeKeys`, and whose inner ones `buildKeys`.
+    HashGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp,
+                 std::vector<std::wstring> probeKeys, std::vector<std::wstring> buildKeys, unsigned estimate);
     ~HashGrouping() override;
 
     bool HasCollisions() const override;
@@ -36,13 +39,20 @@ public:
     /// Logs size, load and collisions of the table, when it is large.
     void LogHashtableStatistics(std::string_view text) const;
 
-    /// The chain of "hash" and "rehash" over the columns `keys` of `input`. Null when a key's type has no hash.
-    static RefCntPtr<Exp> ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys);
+    /// The chain of "hash" and "rehash" over the columns `keys` of `input`. Null when a key's type has no hash. Where
+    /// `tokens`, a column whose tokens are unique is hashed by them; else by value, so that equal values of different
+    /// dictionaries have one hash.
+    static RefCntPtr<Exp> ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys,
+                                      bool tokens = true);
+
+protected:
+    RefCntPtr<Context> MakeInnerContext(const Namespace* rows, const Namespace* groups) const override;
 
 private:
     class HashContext;
 
-    const std::vector<std::wstring> m_keys;
+    const std::vector<std::wstring> m_probeKeys;
+    const std::vector<std::wstring> m_buildKeys;
     std::unique_ptr<cuckoo_hash<unsigned, unsigned>> m_table;
     double m_maximalCollisionRatio = 0;
 };

@@ -73,6 +73,17 @@ void RadixGrouping::InsertHashes(unsigned count, const unsigned* rows, input_col
     WithKeys(hashes, [&](const auto* keys) { InsertDirect(count, rows, keys, first, m_table.data(), LowBits()); });
 }
 
+void RadixGrouping::InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) {
+    WithKeys(hashes, [&](const auto* keys) { InsertRowsDirect(count, rows, keys, base, m_table.data(), LowBits()); });
+}
+
+unsigned RadixGrouping::ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes,
+                                  const unsigned* sel, Context*) {
+    return WithKeys(hashes, [&](const auto* keys) {
+        return ProbeHitsDirect(count, hits, groups.values<unsigned>(), keys, sel, m_table.data(), LowBits());
+    });
+}
+
 GroupingIdType RadixGrouping::NameId() const {
     return GroupingIdType::radix;
 }

@@ -20,6 +20,9 @@ public:
     unsigned FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) override;
     void InsertHash(unsigned hash, unsigned group) override;
     void InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) override;
+    void InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) override;
+    unsigned ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes, const unsigned* sel,
+                       Context* context) override;
     GroupingIdType NameId() const override;
 
     /// The expression "RadixCast" that gives the columns `keys` of `input` as one number: the column itself where there

@@ -7,6 +7,7 @@
 
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/SortKeys.h"
+#include "algebra/WholeColumn.h"
 #include "algebra/adopt_cells.h"
 #include "algebra/radix_sort.h"
 #include "algebra/sort_word.h"
@@ -41,35 +42,6 @@ bool IsPrimarySort(const Column& column, bool descending) {
     return properties.text(usrpropkey::sort_sense) == SenseName(descending) &&
            properties.has(usrpropkey::sort_position) && column.GetSizeProperty(usrpropkey::sort_position) == 0;
 }
-
-// The cells of a whole column as one vector: the column's own memory, or a copy of what is stored encoded.
-class WholeColumn {
-public:
-    WholeColumn(Column& column, uint64_t start, uint64_t count, const ProgressCallback* progress) {
-        const unsigned width = column.GetTokenSize();
-        if (!column.HasProperty(usrpropkey::encoding) && column.Seek(start, count) >= count) {
-            m_view = column.GetInput();
-            return;
-        }
-        m_copy.resize(count * width);
-        for (uint64_t row = 0; row < count;) {
-            OperatorProgressCallback::Check(progress);
-            const uint64_t wanted = std::min<uint64_t>(blockRows, count - row);
-            const uint64_t rows = std::min(column.Seek(start + row, wanted), wanted);
-            if (rows == 0) ThrowShort(column);
-            std::memcpy(m_copy.data() + row * width, column.GetInput().data, rows * width);
-            row += rows;
-        }
-        m_view = column.GetInput();
-        m_view.data = m_copy.data();
-        m_view.count = static_cast<unsigned>(count);
-    }
-    const input_column& GetInput() const { return m_view; }
-
-private:
-    std::vector<char> m_copy;
-    input_column m_view;
-};
 
 }  // namespace
 

@@ -76,4 +76,30 @@ void InsertDirect(unsigned count, const unsigned* rows, const K* keys, unsigned 
     for (unsigned i = 0; i < count; ++i) table[slot(keys[rows[i]])] = first + i + 1;
 }
 
+/// The same for rows that get the group `base` + their position each.
+template <class K, class Slot>
+void InsertRowsDirect(unsigned count, const unsigned* rows, const K* keys, unsigned base, unsigned* table, Slot slot) {
+    for (unsigned i = 0; i < count; ++i) table[slot(keys[rows[i]])] = base + rows[i] + 1;
+}
+
+/// Writes the group of each row, and the rows that have one to `hits`, which has room for one more than `count`;
+/// returns their number.
+template <class K, class Slot>
+unsigned ProbeHitsDirect(unsigned count, unsigned* hits, unsigned* groups, const K* keys, const unsigned* sel,
+                         const unsigned* table, Slot slot) {
+    unsigned found = 0;
+    const auto look = [&](unsigned row) {
+        const unsigned group = table[slot(keys[row])] - 1;
+        groups[row] = group;
+        hits[found] = row;
+        found += group != ~0u;
+    };
+    if (sel) {
+        for (unsigned i = 0; i < count; ++i) look(sel[i]);
+    } else {
+        for (unsigned i = 0; i < count; ++i) look(i);
+    }
+    return found;
+}
+
 }  // namespace qve

@@ -26,6 +26,10 @@ inline constexpr int FlowTable_LoadColumn = 40183;
 inline constexpr int FlowTable_LookupColumn = 40184;
 inline constexpr int HashGrouping_AdoptGroups = 40209;
 inline constexpr int HashGrouping_ResolveUserCheck = 40210;
+inline constexpr int Join_CastColumn = 40225;
+inline constexpr int Join_ChooseGrouping = 40228;
+inline constexpr int Join_SetGrouping = 40229;
+inline constexpr int Grouping_HashInner = 40231;
 inline constexpr int LeafTable_DescribeColumn = 40239;
 inline constexpr int LeafTable_GetColumn = 40240;
 inline constexpr int Order_DescribeColumn = 40300;
@@ -48,5 +52,6 @@ inline constexpr int TableSorter_RankHides = 40559;
 inline constexpr int TableSorter_RankTwice = 40560;
 inline constexpr int TopN_DescribeColumn = 40570;
 inline constexpr int TopN_GetColumn = 40571;
+inline constexpr int WholeColumn_Short = 40580;
 
 }  // namespace qve::status

@@ -1,5 +1,6 @@
 #include "algebra/plan/CancelStatement.h"
 
+#include "algebra/Join.h"
 #include "algebra/Namespace.h"
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
@@ -12,6 +13,11 @@ namespace qve {
 void CancelStatement::Do(Operator& root) {
     CancelStatement cancel;
     if (auto* columns = dynamic_cast<Namespace*>(&root)) columns->Accept(cancel);
+}
+
+void CancelStatement::VisitJoin(Join& flow) {
+    OperatorVisitorImpl::VisitJoin(flow);
+    if (const RefCntPtr<ProgressCallback>& progress = flow.GetProgressCallback()) progress->SetCancelled();
 }
 
 void CancelStatement::VisitOrder(Order& table) {

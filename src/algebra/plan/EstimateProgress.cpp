@@ -4,6 +4,7 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/FlowTable.h"
+#include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
@@ -101,6 +102,19 @@ void EstimateProgress::VisitTopN(TopN& table) {
     Estimate rows = Pop();
     rows.first = std::min(rows.first, table.GetLimit());
     rows.last = std::min(rows.last, table.GetLimit());
+    Push(rows);
+}
+
+// How often keys repeat is not known.
+void EstimateProgress::VisitJoin(Join& flow) {
+    OperatorVisitorImpl::VisitJoin(flow);
+    const Estimate inner = Pop();
+    Estimate rows = Pop();
+    rows.done = Sum(rows.done, inner.done);
+    rows.total = Sum(rows.total, inner.total);
+    const bool keepsOuter = flow.GetJoinType() == Join::LeftJoin || flow.GetJoinType() == Join::FullJoin;
+    if (!keepsOuter || rows.first == unknown) rows.first = 0;
+    rows.last = unknown;
     Push(rows);
 }
 

@@ -27,6 +27,7 @@ public:
 
     void VisitAggr(Aggr& table) override;
     void VisitFlowTable(FlowTable& table) override;
+    void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;
     void VisitOrder(Order& table) override;
     void VisitScan(Scan& flow) override;

@@ -2,6 +2,7 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/FlowTable.h"
+#include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
@@ -82,6 +83,10 @@ void NamespaceVisitor::VisitDropTable(DropTable& statement) {
 
 void NamespaceVisitor::VisitFlowTable(FlowTable& table) {
     VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitJoin(Join& flow) {
+    VisitNamespace(flow);
 }
 
 void NamespaceVisitor::VisitLeafTable(LeafTable& table) {
@@ -188,10 +193,6 @@ void NamespaceVisitor::VisitIndexTable(IndexTable&) {
 
 void NamespaceVisitor::VisitIndexJoin(IndexJoin&) {
     throw_absent_operator("IndexJoin");
-}
-
-void NamespaceVisitor::VisitJoin(Join&) {
-    throw_absent_operator("Join");
 }
 
 void NamespaceVisitor::VisitLookup(Lookup&) {

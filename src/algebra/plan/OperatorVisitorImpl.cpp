@@ -2,6 +2,7 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/FlowTable.h"
+#include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
@@ -20,6 +21,11 @@ void OperatorVisitorImpl::VisitAggr(Aggr& table) {
 
 void OperatorVisitorImpl::VisitFlowTable(FlowTable& table) {
     table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitJoin(Join& flow) {
+    flow.GetSource()->Accept(m_below);
+    flow.GetInner()->Accept(m_below);
 }
 
 void OperatorVisitorImpl::VisitLeafTable(LeafTable&) {}
@@ -130,10 +136,6 @@ void OperatorVisitorImpl::VisitIndexTable(IndexTable&) {
 
 void OperatorVisitorImpl::VisitIndexJoin(IndexJoin&) {
     throw_absent_operator("IndexJoin");
-}
-
-void OperatorVisitorImpl::VisitJoin(Join&) {
-    throw_absent_operator("Join");
 }
 
 void OperatorVisitorImpl::VisitLookup(Lookup&) {

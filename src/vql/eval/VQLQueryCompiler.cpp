@@ -21,6 +21,7 @@
 #include "system/QuillonException.h"
 #include "vql/VQLExpressions.h"
 #include "vql/VQLQueries.h"
+#include "vql/eval/LeafColumns.h"
 #include "vql/eval/VQLExpressionCompiler.h"
 #include "vql/eval/status.h"
 
@@ -41,57 +42,10 @@ public:
                            std::string("VQLQueryCompiler: ") + form + " is not supported yet");
 }
 
-// A broken promise of an earlier pass.
-[[noreturn]] void Raise(const char* text) {
-    throw QVE_RuntimeError(status::VQLQueryCompiler_Input, text);
-}
-
-ColumnNames NamesOf(const VQLIdentifierSet& names) {
-    ColumnNames result;
-    for (const auto& name : names) result.insert(name.GetComponents().back().AsString());
-    return result;
-}
-
 RefCntPtr<DataFlow> ScanOf(const RefCntPtr<Table>& table, const ColumnNames& names) {
     const auto* scanned = dynamic_cast<const ScanTable*>(table.get());
     return MakeRef<Scan>(scanned ? scanned->GetInnerTable() : table, names);
 }
-
-// The output columns of a leaf that are wanted.
-template <class Leaf>
-VQLIdentifierSet ScannedColumns(const Leaf& query) {
-    VQLIdentifierSet scanned = query.GetScanColumns();
-    if (!scanned.empty()) return scanned;
-    for (const auto& column : query.GetColumnSpace()->GetColumns()) scanned.insert(column->GetName());
-    return scanned;
-}
-
-// The columns of a leaf by their stored names and by those that they have in the query.
-struct Renaming {
-    Renaming(const VQLIdentifierSet& scanned, const VQLColumnMap& columns) : shown(NamesOf(scanned)) {
-        for (const auto& column : scanned) {
-            const std::wstring& outer = column.GetComponents().back().AsString();
-            const std::wstring& inner = columns.PartialRemap(column).GetComponents().back().AsString();
-            stored.insert(inner);
-            if (inner != outer) renames.emplace_back(inner, outer);
-        }
-    }
-    bool IsTrivial() const { return renames.empty(); }
-    // The flow of stored columns under the names of the query.
-    RefCntPtr<DataFlow> Apply(RefCntPtr<DataFlow> flow) const {
-        if (IsTrivial()) return flow;
-        std::vector<RefCntPtr<Exp>> columns;
-        for (const auto& [inner, outer] : renames) {
-            columns.push_back(MakeRef<ColumnExp>(flow->DescribeColumn(inner)));
-            columns.back()->SetName(outer);
-        }
-        return MakeRef<Restrict>(MakeRef<Project>(std::move(flow), std::move(columns)), shown);
-    }
-
-    ColumnNames shown;
-    ColumnNames stored;
-    std::vector<std::pair<std::wstring, std::wstring>> renames;  // stored name, name in the query
-};
 
 // The number of groups that the dictionaries and statistics of the keys let expect; 0 when they say nothing.
 unsigned EstimateGroups(const Namespace& source, const ColumnNames& keys) {
@@ -143,7 +97,11 @@ const std::wstring& VQLQueryCompiler::GetIdentifier(const VQLIdentifier& name) {
     return name.GetComponents().front().AsString();
 }
 
-void VQLQueryCompiler::VisitTable(VQLTableQuery& query) {
+void VQLQueryCompiler::Raise(const char* text) {
+    throw QVE_RuntimeError(status::VQLQueryCompiler_Input, text);
+}
+
+RefCntPtr<LeafTable> VQLQueryCompiler::MakeLeafTable(const VQLTableQuery& query, const ColumnNames& stored) const {
     const auto& components = query.GetTableName().GetComponents();
     if (components.size() != 2) {
         throw QVE_RuntimeError(status::VQLQueryCompiler_TableName, "expected schema.table identifier");
@@ -153,10 +111,12 @@ void VQLQueryCompiler::VisitTable(VQLTableQuery& query) {
     }
     if (query.GetParallelism() > 1) RaiseNotSupported("reading a table in parallel");
     const RefCntPtr<Database> database = m_databases.GetDatabase(query.GetDatabasePath());
+    return MakeRef<LeafTable>(*database->GetSchema(components[0].AsString()), components[1].AsString(), stored);
+}
 
-    const Renaming renaming(ScannedColumns(query), query.GetColumnMap());
-    auto leaf =
-        MakeRef<LeafTable>(*database->GetSchema(components[0].AsString()), components[1].AsString(), renaming.stored);
+void VQLQueryCompiler::VisitTable(VQLTableQuery& query) {
+    const LeafColumns renaming(query);
+    RefCntPtr<LeafTable> leaf = MakeLeafTable(query, renaming.stored);
     if (renaming.IsTrivial()) {
         Push(MakeRef<ScanTable>(leaf, renaming.stored));
     } else {
@@ -166,7 +126,7 @@ void VQLQueryCompiler::VisitTable(VQLTableQuery& query) {
 
 void VQLQueryCompiler::VisitText(VQLTextQuery& query) {
     const std::wstring path = m_databases.ResolveDataFilePath(query.GetPath());
-    const Renaming renaming(ScannedColumns(query), query.GetColumnMap());
+    const LeafColumns renaming(query);
     auto scan =
         MakeRef<TextScan>(TextScan::OpenFile(path), query.GetSchema(), query.GetTextProperties(), renaming.stored);
     Push(renaming.Apply(scan));
@@ -193,7 +153,7 @@ void VQLQueryCompiler::VisitProject(VQLProjectQuery& query) {
 void VQLQueryCompiler::VisitRestrict(VQLRestrictQuery& query) {
     const RefCntPtr<Namespace> input = Compile(query.GetInput());
     const VQLIdentifierSet identifiers(query.GetIdentifiers().begin(), query.GetIdentifiers().end());
-    const ColumnNames names = NamesOf(identifiers);
+    const ColumnNames names = ColumnNamesOf(identifiers);
     if (auto table = DynamicPtrCast<Table>(input)) {
         Push(ScanOf(table, names));
     } else {
@@ -264,9 +224,6 @@ void VQLQueryCompiler::VisitDomain(VQLDomainQuery&) {
 }
 void VQLQueryCompiler::VisitPivot(VQLPivotQuery&) {
     RaiseNotSupported("pivot");
-}
-void VQLQueryCompiler::VisitJoin(VQLJoinQuery&) {
-    RaiseNotSupported("join");
 }
 void VQLQueryCompiler::VisitIndexTable(VQLIndexTableQuery&) {
     RaiseNotSupported("indextable");

@@ -14,6 +14,7 @@ namespace qve {
 class DatabaseFamily;
 class DataFlow;
 class Exp;
+class LeafTable;
 class Table;
 
 /// Turns a checked and optimised query into a tree of operators. Nothing is read yet but the catalog.
@@ -47,10 +48,16 @@ private:
     void Push(RefCntPtr<Namespace> result);
     RefCntPtr<Namespace> Pop();
 
+    /// A broken promise of an earlier pass.
+    [[noreturn]] static void Raise(const char* text);
+    /// The columns `stored` of a table of the catalog. Throws QVE_RuntimeError 40544 to 40546.
+    RefCntPtr<LeafTable> MakeLeafTable(const VQLTableQuery& query, const ColumnNames& stored) const;
     /// A table is read by a Scan of its columns.
     static RefCntPtr<DataFlow> MakeDataFlow(const RefCntPtr<Namespace>& input);
     /// A flow is drained into a FlowTable.
     static RefCntPtr<Table> MakeTable(const RefCntPtr<Namespace>& input);
+    /// The right side of a join, whose columns `names` are to be found there under the names that they get.
+    RefCntPtr<Table> CompileInner(const RefCntPtr<VQLQuery>& query, std::vector<std::wstring*> names);
     /// The text of a one-component name. Throws QVE_RuntimeError "bad identifier".
     static const std::wstring& GetIdentifier(const VQLIdentifier& name);
     static std::vector<Namespace::SortSpec> GetSortSpecs(const VQLOrderQuery::Orders& orders);

@@ -9,6 +9,7 @@
 #include "vql/VQLExpandMacros.h"
 #include "vql/VQLFindOutputOrder.h"
 #include "vql/VQLLowerAggregates.h"
+#include "vql/VQLLowerJoins.h"
 #include "vql/VQLLowerOrders.h"
 #include "vql/VQLPushDownNullTypes.h"
 #include "vql/VQLQueryChecker.h"
@@ -122,6 +123,8 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     evaluation.Run("VQLRestrictScans", restrictScans);
     evaluation.Run("VQLLowerAggregates", [&](Query query) { return VQLLowerAggregates(factory, query); });
     evaluation.Run("VQLLowerOrders", [&](Query query) { return VQLLowerOrders(factory, query); });
+
+    evaluation.Run("VQLLowerJoins", [&](Query query) { return VQLLowerJoins(factory, query); });
 
     // From here on every column has a name of its own, so that passes may move expressions.
     VQLColumnMap columns;

@@ -3,6 +3,7 @@
 /// Error numbers of evaluation, compilation and session commands.
 namespace qve::status {
 
+inline constexpr int VQLQueryCompiler_JoinType = 40234;
 inline constexpr int VQLQueryCompiler_TableName = 40544;
 inline constexpr int VQLQueryCompiler_Database = 40545;
 inline constexpr int VQLQueryCompiler_NotSupported = 40546;
