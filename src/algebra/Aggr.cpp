@@ -7,6 +7,7 @@
 #include "algebra/HashGrouping.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/RadixGrouping.h"
+#include "algebra/group_key_properties.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
@@ -88,24 +89,7 @@ RefCntPtr<Column> Aggr::LoadColumn(const std::wstring& name) const {
 
 RefCntPtr<Column> Aggr::LookupColumn(const std::wstring& name) const {
     if (Exp* aggregate = FindAggregate(name)) return aggregate->AllocateColumn(m_source.get());
-    usrprops properties = m_source->DescribeColumn(name)->GetProperties();
-    // One row of each value is left: what was said of all rows no longer holds, but what bounds the values does.
-    for (const usrpropkey key :
-         {usrpropkey::encoding, usrpropkey::dense, usrpropkey::unique, usrpropkey::primary_key, usrpropkey::sum_value,
-          usrpropkey::sum2_value, usrpropkey::count_value, usrpropkey::median_value, usrpropkey::generated_by}) {
-        properties.erase(key);
-    }
-    properties.set(usrpropkey::name, name);
-    properties.set(usrpropkey::storagetype, Column::storageCol);
-    if (m_keyNames.size() == 1) {
-        // Keys come in the order of their first rows, so a single one stays sorted as it was.
-        properties.set(usrpropkey::unique, true);
-    } else {
-        for (const usrpropkey key : {usrpropkey::ordered, usrpropkey::sort_position, usrpropkey::sort_sense}) {
-            properties.erase(key);
-        }
-    }
-    return MakeRef<Column>(std::move(properties));
+    return MakeRef<Column>(group_key_properties(*m_source, m_keyNames, name, false));
 }
 
 uint64_t Aggr::Build(unsigned pageSize) {
@@ -116,6 +100,7 @@ uint64_t Aggr::Build(unsigned pageSize) {
     }
     BuildPartitioned(pageSize);
     SetGrouping(nullptr);
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->FinishAggregate(m_groupCount);
     m_built = true;
     if (m_keys.empty()) BindKeys();
     for (const auto& [name, column] : m_columns) {

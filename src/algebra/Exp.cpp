@@ -54,6 +54,8 @@ const usrprops& Exp::GetProperties() const {
     return m_column->GetProperties();
 }
 
+void Exp::FinishAggregate(uint64_t) {}
+
 void Exp::SetName(const std::wstring& name) {
     m_column->SetName(name);
 }

@@ -47,6 +47,11 @@ public:
     /// evaluated. Raises 40158 for a node that is no aggregate.
     virtual void Aggregate(unsigned count, input_column groups, const unsigned* sel);
 
+    /// Whether the accumulators are results only after FinishAggregate.
+    virtual bool NeedsFinish() const { return false; }
+    /// Turns the accumulators of all `groups` into results, when no more pages come.
+    virtual void FinishAggregate(uint64_t groups);
+
     const Arguments& GetArguments() const { return m_arguments; }
     /// True when the value is the same on every page, so that the node is evaluated at most once.
     bool IsConstant() const { return m_isConstant; }

@@ -6,6 +6,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
@@ -73,6 +74,13 @@ void EstimateProgress::VisitFlowTable(FlowTable& table) {
     rows.done = Sum(rows.done, table.GetCount());
     rows.total = Sum(rows.total, rows.last);
     Push(rows);
+}
+
+void EstimateProgress::VisitOrdAggr(OrdAggr& flow) {
+    OperatorVisitorImpl::VisitOrdAggr(flow);
+    Estimate groups = Pop();
+    groups.first = groups.first == unknown ? 0 : std::min<uint64_t>(groups.first, 1);
+    Push(groups);
 }
 
 void EstimateProgress::VisitOrder(Order& table) {

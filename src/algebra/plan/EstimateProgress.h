@@ -29,6 +29,7 @@ public:
     void VisitFlowTable(FlowTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;
+    void VisitOrdAggr(OrdAggr& flow) override;
     void VisitOrder(Order& table) override;
     void VisitScan(Scan& flow) override;
     void VisitSelect(Select& flow) override;

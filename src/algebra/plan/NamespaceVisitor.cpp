@@ -4,6 +4,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
@@ -91,6 +92,10 @@ void NamespaceVisitor::VisitJoin(Join& flow) {
 
 void NamespaceVisitor::VisitLeafTable(LeafTable& table) {
     VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitOrdAggr(OrdAggr& flow) {
+    VisitNamespace(flow);
 }
 
 void NamespaceVisitor::VisitOrder(Order& table) {
@@ -197,10 +202,6 @@ void NamespaceVisitor::VisitIndexJoin(IndexJoin&) {
 
 void NamespaceVisitor::VisitLookup(Lookup&) {
     throw_absent_operator("Lookup");
-}
-
-void NamespaceVisitor::VisitOrdAggr(OrdAggr&) {
-    throw_absent_operator("OrdAggr");
 }
 
 void NamespaceVisitor::VisitPackageDatabase(PackageDatabase&) {

@@ -4,6 +4,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
@@ -29,6 +30,10 @@ void OperatorVisitorImpl::VisitJoin(Join& flow) {
 }
 
 void OperatorVisitorImpl::VisitLeafTable(LeafTable&) {}
+
+void OperatorVisitorImpl::VisitOrdAggr(OrdAggr& flow) {
+    flow.GetSource()->Accept(m_below);
+}
 
 void OperatorVisitorImpl::VisitOrder(Order& table) {
     table.GetSource()->Accept(m_below);
@@ -140,10 +145,6 @@ void OperatorVisitorImpl::VisitIndexJoin(IndexJoin&) {
 
 void OperatorVisitorImpl::VisitLookup(Lookup&) {
     throw_absent_operator("Lookup");
-}
-
-void OperatorVisitorImpl::VisitOrdAggr(OrdAggr&) {
-    throw_absent_operator("OrdAggr");
 }
 
 void OperatorVisitorImpl::VisitPackageDatabase(PackageDatabase&) {
