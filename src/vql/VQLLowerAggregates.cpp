@@ -4,41 +4,19 @@
 
 #include "metrics/Scope.h"
 #include "vql/VQLExpressionCloner.h"
-#include "vql/VQLExpressionComparator.h"
 #include "vql/VQLExpressions.h"
 #include "vql/VQLQueries.h"
 #include "vql/VQLQueryCloner.h"
+#include "vql/VQLSharedBindings.h"
 #include "vql/syntax/VQLIdentifierFactory.h"
 
 namespace qve {
 namespace {
 
-// Bindings to which expressions are added under fresh names, equal ones once.
-class SharedBindings {
-public:
-    explicit SharedBindings(VQLIdentifierFactory& factory) : m_factory(factory) {}
-    const VQLBindings& Get() const { return m_bindings; }
-
-    // The name of an equal expression; else that of `expression` itself, which is `wanted` unless that is empty.
-    VQLIdentifier NameOf(const RefCntPtr<VQLExpression>& expression, const VQLIdentifier& wanted = {}) {
-        const VQLExpressionComparator compare;
-        const auto found = std::find_if(m_bindings.begin(), m_bindings.end(), [&](const VQLBinding& binding) {
-            return compare(binding.second, expression) == 0;
-        });
-        if (found != m_bindings.end()) return found->first;
-        m_bindings.emplace_back(wanted.empty() ? m_factory() : wanted, expression);
-        return m_bindings.back().first;
-    }
-
-private:
-    VQLIdentifierFactory& m_factory;
-    VQLBindings m_bindings;
-};
-
 // Takes the aggregate calls out of a measure. What comes back is an expression over their names.
 class VQLLowerAggregateExpressions : public VQLExpressionCloner {
 public:
-    VQLLowerAggregateExpressions(SymbolDictionary& dictionary, SharedBindings& arguments, SharedBindings& calls)
+    VQLLowerAggregateExpressions(SymbolDictionary& dictionary, VQLSharedBindings& arguments, VQLSharedBindings& calls)
         : VQLExpressionCloner(dictionary), m_arguments(arguments), m_calls(calls) {}
 
     RefCntPtr<VQLExpression> VisitFuncall(const VQLFuncallExpression& call) override {
@@ -82,8 +60,8 @@ private:
         return column;
     }
 
-    SharedBindings& m_arguments;
-    SharedBindings& m_calls;
+    VQLSharedBindings& m_arguments;
+    VQLSharedBindings& m_calls;
 };
 
 class VQLLowerAggregateQueries : public VQLQueryCloner {
@@ -92,8 +70,8 @@ public:
         : VQLQueryCloner(factory.GetDictionary()), m_factory(factory) {}
 
     RefCntPtr<VQLQuery> VisitAggregate(const VQLAggregateQuery& query) override {
-        SharedBindings below(m_factory);
-        SharedBindings calls(m_factory);
+        VQLSharedBindings below(m_factory);
+        VQLSharedBindings calls(m_factory);
         VQLBindings above;
         VQLBindings groupBys;
         for (const auto& [name, expression] : query.GetGroupBys()) {

@@ -10,6 +10,7 @@
 #include "algebra/ConstantExp.h"
 #include "algebra/MapExp.h"
 #include "algebra/Namespace.h"
+#include "algebra/QuantileExp.h"
 #include "algebra/SelectExp.h"
 #include "metrics/Scope.h"
 #include "primitives/primitive.h"
@@ -20,6 +21,7 @@
 #include "types/builtin.h"
 #include "types/usratom.h"
 #include "vql/VQLExpressions.h"
+#include "vql/VQLRewriteQuantiles.h"
 #include "vql/eval/LiteralAtom.h"
 #include "vql/eval/status.h"
 
@@ -43,11 +45,13 @@ RefCntPtr<Column> Describe(usrprops properties, bool single) {
 }
 
 RefCntPtr<Exp> MakeMap(const std::wstring& op, const Exp::Arguments& a) {
+    // A hash that a client sees is of the value: equal values of two columns have one hash, whatever their tokens.
+    const bool tokens = op != L"hash";
     switch (a.size()) {
         case 0:
             return MakeRef<MapNullaryExp>(anonymous, op);
         case 1:
-            return MakeRef<MapUnaryExp>(anonymous, op, a[0]);
+            return MakeRef<MapUnaryExp>(anonymous, op, a[0], tokens);
         case 2:
             return MakeRef<MapBinaryExp>(anonymous, op, a[0], a[1]);
         case 3:
@@ -265,6 +269,16 @@ VQLExpressionCompiler::Compiled VQLExpressionCompiler::MakeCall(const VQLFuncall
     return {exp, Describe(std::move(properties), single)};
 }
 
+// The engine selects among doubles, datetimes and durations.
+VQLExpressionCompiler::Compiled VQLExpressionCompiler::MakeQuantile(const VQLFuncallExpression& call,
+                                                                    const Operands& operands) const {
+    const usrtype* from = operands[0].description->GetType();
+    const usrtype* type = NumberToDoubleDateToDatetime(*from);
+    const Compiled value = type && type != from ? MakeCast(operands[0], type->properties()) : operands[0];
+    const RefCntPtr<Exp> fraction = MakeConstant(usratom(VQLQuantileFraction(call))).exp;
+    return {MakeRef<QuantileExp>(anonymous, value.exp, fraction), Describe(value.description->GetProperties(), false)};
+}
+
 void VQLExpressionCompiler::NarrowLiteral(Operands& operands) const {
     if (operands.size() != 2 || operands[0].IsConstant() == operands[1].IsConstant()) return;
     const unsigned literal = operands[0].IsConstant() ? 0 : 1;
@@ -340,6 +354,10 @@ void VQLExpressionCompiler::VisitFuncall(VQLFuncallExpression& expression) {
     if (IsComparison(op)) NarrowLiteral(operands);
     const bool aggregates =
         context == ContextType::aggregate && expression.GetExpressionType() == VQLExpressionType::aggregate;
+    if (aggregates && op == QuantileExp::opQuantile) {
+        Push(expression, MakeQuantile(expression, operands));
+        return;
+    }
     const wchar_t* klass = aggregates                       ? primitive::klassAggregate
                            : context == ContextType::select ? primitive::klassSelect
                                                             : primitive::klassMap;

@@ -59,6 +59,7 @@ private:
     Operands Convert(const VQLFuncallExpression& call, const wchar_t* klass, Operands operands) const;
     Compiled MakeCall(const VQLFuncallExpression& call, const wchar_t* klass, const Operands& operands) const;
     Compiled MakeCast(const Compiled& value, const usrprops& target) const;
+    Compiled MakeQuantile(const VQLFuncallExpression& call, const Operands& operands) const;
     Compiled MakeConstant(const class usratom& atom) const;
     /// The literal as narrow as the type of the column that it is compared with, so that both have one width.
     void NarrowLiteral(Operands& operands) const;

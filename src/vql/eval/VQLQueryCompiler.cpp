@@ -1,9 +1,12 @@
 #include "vql/eval/VQLQueryCompiler.h"
 
+#include <algorithm>
+
 #include "algebra/Aggr.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/FlowTable.h"
 #include "algebra/LeafTable.h"
+#include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
@@ -185,11 +188,16 @@ const std::wstring& VQLQueryCompiler::GetGroupByKey(const VQLBinding& groupBy) {
 }
 
 void VQLQueryCompiler::VisitAggregate(VQLAggregateQuery& query) {
-    if (query.IsOrdered()) RaiseNotSupported("an ordered aggregate");
     RefCntPtr<DataFlow> input = CompileFlow(query.GetInput());
     ColumnNames keys;
     for (const auto& groupBy : query.GetGroupBys()) keys.insert(GetGroupByKey(groupBy));
     std::vector<RefCntPtr<Exp>> measures = CompileMeasures(query.GetMeasures(), *input);
+    const bool finishes = std::any_of(measures.begin(), measures.end(),
+                                      [](const RefCntPtr<Exp>& measure) { return measure->NeedsFinish(); });
+    if (query.IsOrdered() && !finishes && OrdAggr::CanCompare(*input, keys)) {
+        Push(MakeRef<OrdAggr>(std::move(input), std::move(keys), std::move(measures)));
+        return;
+    }
     const unsigned estimate = EstimateGroups(*input, keys);
     Push(MakeRef<Aggr>(std::move(input), std::move(keys), std::move(measures), Aggr::noLimit, estimate));
 }

@@ -18,8 +18,14 @@
 #include "vql/VQLRemoveRestricts.h"
 #include "vql/VQLRemoveTrivialProjectBindings.h"
 #include "vql/VQLRestrictScans.h"
+#include "vql/VQLRewriteCorrelations.h"
+#include "vql/VQLRewriteCountd.h"
+#include "vql/VQLRewriteCovariances.h"
+#include "vql/VQLRewriteQuantiles.h"
+#include "vql/VQLRewriteVariances.h"
 #include "vql/VQLTableSpaceFamily.h"
 #include "vql/VQLUniquifyColumns.h"
+#include "vql/eval/CollectsInMemory.h"
 #include "vql/eval/ResultFlow.h"
 #include "vql/eval/VQLQueryCompiler.h"
 #include "vql/eval/VQLQueryEvaluatorLogger.h"
@@ -123,6 +129,14 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     evaluation.Run("VQLRestrictScans", restrictScans);
     evaluation.Run("VQLLowerAggregates", [&](Query query) { return VQLLowerAggregates(factory, query); });
     evaluation.Run("VQLLowerOrders", [&](Query query) { return VQLLowerOrders(factory, query); });
+
+    // What is rewritten first leaves the later kinds in its last aggregate.
+    evaluation.Run("VQLRewriteCorrelations", [&](Query query) { return VQLRewriteCorrelations(factory, query); });
+    evaluation.Run("VQLRewriteCovariances", [&](Query query) { return VQLRewriteCovariances(factory, query); });
+    evaluation.Run("VQLRewriteVariances", [&](Query query) { return VQLRewriteVariances(factory, query); });
+    evaluation.Run("VQLRewriteQuantiles",
+                   [&](Query query) { return VQLRewriteQuantiles(factory, query, CollectsInMemory(m_databases)); });
+    evaluation.Run("VQLRewriteCountd", [&](Query query) { return VQLRewriteCountd(factory, query); });
 
     evaluation.Run("VQLLowerJoins", [&](Query query) { return VQLLowerJoins(factory, query); });
 

@@ -1,0 +1,29 @@
+#include "vql/VQLRewriteCovariances.h"
+
+#include "metrics/Scope.h"
+#include "vql/VQLDeviations.h"
+#include "vql/VQLExpressions.h"
+
+namespace qve {
+namespace {
+
+class RewriteQueries : public VQLDeviations {
+public:
+    explicit RewriteQueries(VQLIdentifierFactory& factory) : VQLDeviations(factory, {L"covar", L"covarp"}) {}
+
+private:
+    RefCntPtr<VQLExpression> Result(Layers& layers, const VQLFuncallExpression& measure) const override {
+        const auto [x, y] = DeviationsOf(layers, measure.GetArguments()[0], measure.GetArguments()[1]);
+        const bool sample = measure.GetName() == L"covar";
+        return Call(L"/", {SumOfProducts(layers, x, y), Denominator(layers, x, sample)});
+    }
+};
+
+}  // namespace
+
+RefCntPtr<VQLQuery> VQLRewriteCovariances(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
+    Metrics::Scope scope("VQLRewriteCovariances");
+    return RewriteQueries(factory)(query);
+}
+
+}  // namespace qve
