@@ -5,7 +5,7 @@
 #include "vql/VQLExpression.h"
 #include "vql/VQLExpressionVisitor.h"
 #include "vql/VQLFormatter.h"
-#include "vql/syntax/VQLDataValue.h"
+#include "vql/syntax/FormatDataValue.h"
 
 namespace qve {
 
@@ -28,10 +28,6 @@ private:
     bool m_includeProperties = false;
 };
 
-/// A value as it stands in a statement; any null is "null".
-std::wstring FormatDataValue(const VQLDataValue& value);
-/// A text as a string literal.
-std::wstring FormatString(std::wstring_view text);
 /// An expression on one line.
 std::wstring FormatExpression(const RefCntPtr<VQLExpression>& expression);
 

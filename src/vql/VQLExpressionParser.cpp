@@ -1,9 +1,10 @@
 #include "vql/VQLExpressionParser.h"
 
+#include "types/complete_type.h"
 #include "types/usrtype.h"
 #include "vql/VQLExpressions.h"
-#include "vql/VQLNodeReader.h"
-#include "vql/VQLPropertyListParser.h"
+#include "vql/syntax/VQLNodeReader.h"
+#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/status.h"
 #include "vql/syntax/VQLParser.h"
 #include "vql/syntax/VQLSymbols.h"
@@ -50,6 +51,7 @@ private:
         } else if (word == L"cast") {
             if (form.size() != 3) m_reader.Raise(L"wrong number of arguments to cast", node);
             usrprops properties = ParseVQLPropertyList(form[1], status::VQLExpressionParser_Raise);
+            if (!properties.has(usrpropkey::factory)) properties = complete_type(properties);
             const usrtype* const type = usrtype::resolve(properties);
             VQLExpressions arguments{MakeRef<VQLLiteralExpression>(form[1]->GetPosition(), type, std::move(properties)),
                                      Build(form[2])};

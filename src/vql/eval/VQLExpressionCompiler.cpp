@@ -2,16 +2,14 @@
 
 #include <limits>
 
-#include "algebra/AggrExp.h"
 #include "algebra/BooleanExp.h"
 #include "algebra/CaseExp.h"
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/ConstantExp.h"
-#include "algebra/MapExp.h"
+#include "algebra/MakeCall.h"
 #include "algebra/Namespace.h"
 #include "algebra/QuantileExp.h"
-#include "algebra/SelectExp.h"
 #include "metrics/Scope.h"
 #include "primitives/primitive.h"
 #include "primitives/primitive_result.h"
@@ -22,7 +20,7 @@
 #include "types/usratom.h"
 #include "vql/VQLExpressions.h"
 #include "vql/VQLRewriteQuantiles.h"
-#include "vql/eval/LiteralAtom.h"
+#include "algebra/LiteralAtom.h"
 #include "vql/eval/status.h"
 
 namespace qve {
@@ -42,49 +40,6 @@ RefCntPtr<Column> Describe(usrprops properties, bool single) {
 [[noreturn]] void RaiseUnknownFunction(const VQLFuncallExpression& call) {
     throw VQLParseException(status::VQLExpressionCompiler_Call, L"unknown function (" + call.GetName() + L")",
                             call.GetPosition());
-}
-
-RefCntPtr<Exp> MakeMap(const std::wstring& op, const Exp::Arguments& a) {
-    // A hash that a client sees is of the value: equal values of two columns have one hash, whatever their tokens.
-    const bool tokens = op != L"hash";
-    switch (a.size()) {
-        case 0:
-            return MakeRef<MapNullaryExp>(anonymous, op);
-        case 1:
-            return MakeRef<MapUnaryExp>(anonymous, op, a[0], tokens);
-        case 2:
-            return MakeRef<MapBinaryExp>(anonymous, op, a[0], a[1]);
-        case 3:
-            return MakeRef<MapTrinaryExp>(anonymous, op, a[0], a[1], a[2]);
-        default:
-            return nullptr;
-    }
-}
-
-RefCntPtr<Exp> MakeSelect(const std::wstring& op, const Exp::Arguments& a) {
-    switch (a.size()) {
-        case 1:
-            return MakeRef<SelectUnaryExp>(op, a[0]);
-        case 2:
-            return MakeRef<SelectBinaryExp>(op, a[0], a[1]);
-        case 3:
-            return MakeRef<SelectTrinaryExp>(op, a[0], a[1], a[2]);
-        default:
-            return nullptr;
-    }
-}
-
-RefCntPtr<Exp> MakeAggregate(const std::wstring& op, const Exp::Arguments& a) {
-    switch (a.size()) {
-        case 0:
-            return MakeRef<AggrUnaryExp>(anonymous, op);
-        case 1:
-            return MakeRef<AggrBinaryExp>(anonymous, op, a[0]);
-        case 2:
-            return MakeRef<AggrTrinaryExp>(anonymous, op, a[0], a[1]);
-        default:
-            return nullptr;
-    }
 }
 
 // A conversion to try on each operand: the type to convert to, or null to leave it. All keep the value.
@@ -252,9 +207,9 @@ VQLExpressionCompiler::Compiled VQLExpressionCompiler::MakeCall(const VQLFuncall
         inputs.push_back(operand.description->GetProperties());
         single &= operand.description->GetStorageName() == Column::storageVal;
     }
-    RefCntPtr<Exp> exp = family == primitive::klassSelect      ? MakeSelect(op, arguments)
-                         : family == primitive::klassAggregate ? MakeAggregate(op, arguments)
-                                                               : MakeMap(op, arguments);
+    RefCntPtr<Exp> exp = family == primitive::klassSelect      ? MakeSelectCall(op, arguments)
+                         : family == primitive::klassAggregate ? MakeAggregateCall(op, arguments)
+                                                               : MakeMapCall(op, arguments);
     if (!exp) RaiseUnknownFunction(call);
 
     // Without a kernel the binding raises an error that names the types; until then the language's type stands in.

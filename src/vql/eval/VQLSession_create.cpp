@@ -9,7 +9,7 @@
 #include "os/Path.h"
 #include "storage/SimpleDatabase.h"
 #include "types/complete_type.h"
-#include "vql/VQLPropertyListParser.h"
+#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/eval/VQLCommandArguments.h"
 #include "vql/eval/VQLQueryEvaluator.h"
 #include "vql/eval/VQLSession.h"

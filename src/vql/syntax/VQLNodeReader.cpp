@@ -1,4 +1,4 @@
-#include "vql/VQLNodeReader.h"
+#include "vql/syntax/VQLNodeReader.h"
 
 namespace qve {
 

@@ -1,6 +1,6 @@
-#include "vql/VQLPropertyListParser.h"
+#include "vql/syntax/VQLPropertyListParser.h"
 
-#include "vql/VQLNodeReader.h"
+#include "vql/syntax/VQLNodeReader.h"
 
 namespace qve {
 

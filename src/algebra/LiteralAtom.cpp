@@ -1,4 +1,4 @@
-#include "vql/eval/LiteralAtom.h"
+#include "algebra/LiteralAtom.h"
 
 #include "system/unicode.h"
 #include "types/builtin.h"
