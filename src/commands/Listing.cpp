@@ -8,10 +8,15 @@
 
 namespace qve {
 
-void Listing::Add(const std::wstring& name, usrprops properties, const void* cells, uint64_t bytes) {
+std::wstring Listing::Place(const std::wstring& name, usrprops& properties) const {
+    std::wstring full = m_prefix + name;
     properties.set(usrpropkey::ordinal, m_columns.size());
-    const std::wstring full = m_table + L"_" + name;
     properties.set(usrpropkey::name, full);
+    return full;
+}
+
+void Listing::Add(const std::wstring& name, usrprops properties, const void* cells, uint64_t bytes) {
+    const std::wstring full = Place(name, properties);
     auto data = MakeRef<TempFileDataStream>();
     if (bytes > 0) data->Append(cells, bytes);
     data->Seek(0, bytes);
@@ -24,9 +29,7 @@ void Listing::AddTexts(const std::wstring& name, const std::vector<std::wstring>
     properties.set(usrpropkey::storagewidth, 8);
     properties.set(usrpropkey::not_null, true);
     properties.set(usrpropkey::distinct, true);
-    properties.set(usrpropkey::ordinal, m_columns.size());
-    const std::wstring full = m_table + L"_" + name;
-    properties.set(usrpropkey::name, full);
+    const std::wstring full = Place(name, properties);
     auto column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>(), MakeRef<TempFileDataStream>());
     for (const std::wstring& value : values) {
         const std::string text = narrow(value);
@@ -41,6 +44,12 @@ void Listing::AddNumbers(const std::wstring& name, const std::vector<long long>&
         if (cell < 0) cell = datatraits<bigint>::null;
     }
     Add(name, builtin::primitive_props(L"bigint"), cells.data(), cells.size() * sizeof cells[0]);
+}
+
+void Listing::AddFigures(const std::wstring& name, const std::vector<double>& values) {
+    usrprops properties = builtin::primitive_props(L"double");
+    properties.set(usrpropkey::not_null, true);
+    Add(name, std::move(properties), values.data(), values.size() * sizeof values[0]);
 }
 
 void Listing::AddMoments(const std::wstring& name, const std::vector<datetime>& values) {

@@ -16,13 +16,19 @@ namespace qve {
 /// that in which they were added.
 class Listing {
 public:
-    /// @param table the name of the table, with which the names of its columns begin
-    explicit Listing(std::wstring table) : m_table(std::move(table)) {}
+    /// How columns are named.
+    enum class Names {
+        withTable,  ///< `<table>_<name>`, as in the catalog
+        plain,      ///< `<name>`
+    };
 
-    /// Adds the column `<table>_<name>`.
+    explicit Listing(std::wstring table, Names names = Names::withTable)
+        : m_table(std::move(table)), m_prefix(names == Names::plain ? std::wstring() : m_table + L"_") {}
+
     void AddTexts(const std::wstring& name, const std::vector<std::wstring>& values);
     /// A negative number stands for null.
     void AddNumbers(const std::wstring& name, const std::vector<long long>& values);
+    void AddFigures(const std::wstring& name, const std::vector<double>& values);
     void AddMoments(const std::wstring& name, const std::vector<datetime>& values);
 
     RefCntPtr<Table> Finish();
@@ -30,7 +36,11 @@ public:
 private:
     void Add(const std::wstring& name, usrprops properties, const void* cells, uint64_t bytes);
 
+    /// The place and the name of the next column; sets them in its properties.
+    std::wstring Place(const std::wstring& name, usrprops& properties) const;
+
     const std::wstring m_table;
+    const std::wstring m_prefix;
     ColumnMap m_columns;
 };
 

@@ -9,5 +9,9 @@ inline constexpr int CreateTableFromFlow_exists = 40603;
 inline constexpr int CreateTableFromFlow_plan = 40604;
 inline constexpr int ShowFolder_path = 40605;
 inline constexpr int ShowDatabases_path = 40606;
+inline constexpr int SettingsCommand_action = 40607;
+inline constexpr int Setting_unknown = 40608;
+inline constexpr int Setting_value = 40609;
+inline constexpr int SettingsCommand_missing = 40610;
 
 }  // namespace qve::status

@@ -5,10 +5,12 @@
 #include <utility>
 #include <vector>
 
+#include "commands/ShowVirtualTable.h"
 #include "metrics/Scope.h"
 #include "server/Rowset.h"
 #include "server/RuntimeQueryStatsCollector.h"
 #include "server/SessionPool.h"
+#include "server/SessionTableFactory.h"
 #include "server/error_reply.h"
 #include "server/protocol/QVE_InputIterator.h"
 #include "server/protocol/QVE_OutputIterator.h"
@@ -20,9 +22,14 @@
 namespace qve::Server {
 
 Session::Session(std::uint64_t guid, RefCntPtr<SessionPool> pool, usrprops properties)
-    : m_guid(guid), m_pool(std::move(pool)), m_properties(std::move(properties)) {}
+    : m_guid(guid),
+      m_pool(std::move(pool)),
+      m_properties(std::move(properties)),
+      m_tables(std::make_unique<TableFactory>(*m_pool)) {}
 
-Session::~Session() = default;
+Session::~Session() {
+    DropSessionSchema();
+}
 
 void Session::Dispatch(const QVE_Message& request, QVE_Message& reply) {
     QVE_InputIterator in(request);
@@ -145,9 +152,25 @@ std::uint64_t Session::WriteRowset(RefCntPtr<Rowset> rowset, RefCntPtr<Statement
 
 void Session::DatabaseUpdate(const RefCntPtr<Database>& database) {
     if (database == m_database) return;
+    DropSessionSchema();
     m_database = database;
+    RefreshSessionSchema();
     const std::wstring root = database ? database->GetRoot() : std::wstring();
     m_pool->UpdateSessionState(m_guid, [&](SessionState& state) { state.database = root; });
+}
+
+void Session::RefreshSessionSchema() {
+    if (!m_database) return;
+    // A new space, so that no stream of the former moment is taken for one of this.
+    DropSessionSchema();
+    m_tables->Refresh();
+    m_database->AddTableSpace(ShowVirtualTable::schemaSession, MakeRef<MaterialisedTableSpace>(*m_tables));
+}
+
+void Session::DropSessionSchema() {
+    if (m_database && m_database->HasTableSpace(ShowVirtualTable::schemaSession)) {
+        m_database->RemoveTableSpace(ShowVirtualTable::schemaSession);
+    }
 }
 
 void Session::ReportCommand(QVE_Command command) {

@@ -56,6 +56,7 @@ private:
         RefCntPtr<Statement> statement;
     };
     class Running;
+    class TableFactory;
 
     void Call(QVE_Command command, QVE_InputIterator& in, QVE_Message& reply);
     void QueryExecute(QVE_InputIterator& in, QVE_Message& reply);
@@ -78,8 +79,11 @@ private:
     std::uint64_t ReadStatementGuid(QVE_InputIterator& in, const char* handler, int status) const;
     /// Keeps the rowset, which may be null, and writes the block that describes it. Gives its guid, 0 for null.
     std::uint64_t WriteRowset(RefCntPtr<Rowset> rowset, RefCntPtr<Statement> statement, Reply& out);
-    /// The session moves to a database, which may be null, if it is another one.
+    /// The session moves to a database, which may be null, if it is another one, and takes its schema ".SESSION" along.
     void DatabaseUpdate(const RefCntPtr<Database>& database);
+    /// Gives the database the tables of this moment as its schema ".SESSION", before a statement that may read them.
+    void RefreshSessionSchema();
+    void DropSessionSchema();
     void ReportCommand(QVE_Command command);
     void ReportQuery(const std::wstring& text);
     /// The timings as the log shows them; adds them to the statistics.
@@ -89,6 +93,7 @@ private:
     const RefCntPtr<SessionPool> m_pool;
     const usrprops m_properties;
     std::uint64_t m_nextGuid = 1;
+    const std::unique_ptr<TableFactory> m_tables;
     RefCntPtr<Database> m_database;
     std::map<std::uint64_t, OpenRowset> m_rowsets;
 

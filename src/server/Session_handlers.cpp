@@ -63,6 +63,7 @@ void Session::QueryExecute(QVE_InputIterator& in, QVE_Message& reply) {
             const std::wstring text = widen(in.ReadString());
             LogEntry() << "Session" << m_guid << ": QueryExecute:" << text;
             ReportQuery(text);
+            RefreshSessionSchema();
             const Running running(*this, statement);
             statement->Prepare(text);
             DatabaseUpdate(statement->GetDatabase());
@@ -108,6 +109,7 @@ void Session::StatementPrepare(QVE_InputIterator& in, QVE_Message& reply) {
             scope.NameValue("statement", guid);
             LogEntry() << "Session" << m_guid << ": StatementPrepare: stmt_guid=" << guid << " " << text;
             ReportQuery(text);
+            RefreshSessionSchema();
             const RefCntPtr<Statement> statement = GetStatement(guid);
             statement->Prepare(text);
             DatabaseUpdate(statement->GetDatabase());

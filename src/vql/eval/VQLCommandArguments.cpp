@@ -35,11 +35,16 @@ const std::wstring* VQLCommandArguments::Symbol(size_t place) const {
     return node ? &node->GetSymbol() : nullptr;
 }
 
-const std::wstring* VQLCommandArguments::String(size_t place) const {
+const VQLDataValue* VQLCommandArguments::Literal(size_t place) const {
     if (place >= m_nodes.size()) return nullptr;
     const auto* node = dynamic_cast<const VQLLiteralNode*>(m_nodes[place].get());
-    if (!node || node->GetLiteral().GetType() != VQLDataType::string || node->GetLiteral().IsNull()) return nullptr;
-    return &node->GetLiteral().GetString();
+    return node ? &node->GetLiteral() : nullptr;
+}
+
+const std::wstring* VQLCommandArguments::String(size_t place) const {
+    const VQLDataValue* literal = Literal(place);
+    if (!literal || literal->GetType() != VQLDataType::string || literal->IsNull()) return nullptr;
+    return &literal->GetString();
 }
 
 const VQLIdentifier* VQLCommandArguments::Identifier(size_t place) const {

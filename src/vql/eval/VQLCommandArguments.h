@@ -27,6 +27,7 @@ public:
     /// Null when there is no such part, or another kind of part, at `place`.
     const std::wstring* Symbol(size_t place) const;
     const std::wstring* String(size_t place) const;
+    const VQLDataValue* Literal(size_t place) const;
     const VQLIdentifier* Identifier(size_t place) const;
     const std::vector<RefCntPtr<VQLNode>>* List(size_t place) const;
 

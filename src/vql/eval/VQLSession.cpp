@@ -104,8 +104,8 @@ RefCntPtr<Namespace> VQLSession::Exec(const RefCntPtr<VQLNode>& node) {
         {L"pivot-table", &VQLSession::ExecNotSupported},
         {L"alter", &VQLSession::ExecNotSupported},
         {L"replace", &VQLSession::ExecNotSupported},
-        {L"settings", &VQLSession::ExecNotSupported},
-        {L"queryband", &VQLSession::ExecNotSupported},
+        {L"settings", &VQLSession::ExecSettingsCommand},
+        {L"queryband", &VQLSession::ExecQuerybandCommand},
     };
     const auto* list = dynamic_cast<const VQLListNode*>(node.get());
     if (!list) return nullptr;

@@ -59,6 +59,8 @@ private:
     RefCntPtr<Namespace> ExecDrop(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecShow(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDescribe(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecSettingsCommand(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecQuerybandCommand(const VQLCommandArguments& args);
     /// Commands that the language has and this server not yet.
     RefCntPtr<Namespace> ExecNotSupported(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecNotSupportedModifier(const VQLCommandArguments& args);
@@ -81,7 +83,9 @@ private:
     RefCntPtr<Namespace> ShowDatabaseCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ShowDatabasesCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ShowFolderCommand(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ShowRuntimeQueryStatsCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ShowSchemasCommand(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ShowSessionsCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ShowTablesCommand(const VQLCommandArguments& args);
 
     /// The current database; "No current database" when there is none.

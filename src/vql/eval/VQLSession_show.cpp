@@ -7,6 +7,7 @@
 #include "commands/ShowFolder.h"
 #include "commands/ShowSchemas.h"
 #include "commands/ShowTables.h"
+#include "commands/ShowVirtualTable.h"
 #include "storage/Database.h"
 #include "vql/eval/VQLCommandArguments.h"
 #include "vql/eval/VQLSession.h"
@@ -19,9 +20,9 @@ RefCntPtr<Namespace> VQLSession::ExecShow(const VQLCommandArguments& args) {
         {L"database", &VQLSession::ShowDatabaseCommand},
         {L"databases", &VQLSession::ShowDatabasesCommand},
         {L"folder", &VQLSession::ShowFolderCommand},
-        {L"runtimequerystats", &VQLSession::ExecNotSupportedModifier},
+        {L"runtimequerystats", &VQLSession::ShowRuntimeQueryStatsCommand},
         {L"schemas", &VQLSession::ShowSchemasCommand},
-        {L"sessions", &VQLSession::ExecNotSupportedModifier},
+        {L"sessions", &VQLSession::ShowSessionsCommand},
         {L"tables", &VQLSession::ShowTablesCommand},
     };
     return ExecModifier(args, handlers);
@@ -68,6 +69,16 @@ RefCntPtr<Namespace> VQLSession::ShowFolderCommand(const VQLCommandArguments& ar
 RefCntPtr<Namespace> VQLSession::ShowSchemasCommand(const VQLCommandArguments& args) {
     args.CheckSize(2);
     return MakeRef<ShowSchemas>(CurrentDatabase(args));
+}
+
+RefCntPtr<Namespace> VQLSession::ShowRuntimeQueryStatsCommand(const VQLCommandArguments& args) {
+    args.CheckSize(2);
+    return MakeRef<ShowVirtualTable>(CurrentDatabase(args), ShowVirtualTable::tableRuntimeQueryStats);
+}
+
+RefCntPtr<Namespace> VQLSession::ShowSessionsCommand(const VQLCommandArguments& args) {
+    args.CheckSize(2);
+    return MakeRef<ShowVirtualTable>(CurrentDatabase(args), ShowVirtualTable::tableSessions);
 }
 
 RefCntPtr<Namespace> VQLSession::ShowTablesCommand(const VQLCommandArguments& args) {
