@@ -2,6 +2,7 @@
 
 #include "primitives/text_function.h"
 #include "system/UnicodeUnits.h"
+#include "types/text_argument.h"
 #include "types/usrtype.h"
 
 namespace qve {
@@ -23,6 +24,7 @@ struct concat_function {
                 Unicode::AppendUnits(joined, Unicode::ToUTF8(part->bytes(), own, buffer), width);
             }
         }
+        if (joined.size() > longest_text) return text_call::null;
         call.result.assign(call.result.type(), joined.data(), joined.size());
         return 0;
     }

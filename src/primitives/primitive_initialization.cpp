@@ -66,6 +66,26 @@ const primitive_result& result_trim() {
     static const text_result result(L"trim");
     return result;
 }
+const primitive_result& result_replace() {
+    static const text_result result(L"replace");
+    return result;
+}
+const primitive_result& result_rreplace() {
+    static const text_result result(L"rreplace");
+    return result;
+}
+const primitive_result& result_rextract() {
+    static const text_result result(L"rextract");
+    return result;
+}
+const primitive_result& result_split() {
+    static const text_result result(L"split");
+    return result;
+}
+const primitive_result& result_sortkey() {
+    static const sortkey_result result(L"sortkey");
+    return result;
+}
 const primitive_result& result_to_str() {
     static const text_result result(L"to_str");
     return result;
@@ -76,10 +96,11 @@ const primitive_result& result_to_str() {
 void define_primitive_results() {
     using namespace primitive_initialization;
     static const primitive_result* const on_demand[] = {
-        &result_cast_uchr(), &result_cast_usht(), &result_cast_ulng(), &result_cast_oid(),
-        &result_cast_usr1(), &result_cast_usr2(), &result_cast_usr4(), &result_left(),
-        &result_right(),     &result_mid(),       &result_lower(),     &result_upper(),
-        &result_ltrim(),     &result_rtrim(),     &result_trim(),      &result_to_str(),
+        &result_cast_uchr(), &result_cast_usht(), &result_cast_ulng(), &result_cast_oid(), &result_cast_usr1(),
+        &result_cast_usr2(), &result_cast_usr4(), &result_left(),      &result_right(),    &result_mid(),
+        &result_lower(),     &result_upper(),     &result_ltrim(),     &result_rtrim(),    &result_trim(),
+        &result_to_str(),    &result_replace(),   &result_rreplace(),  &result_rextract(), &result_split(),
+        &result_sortkey(),
     };
     static_cast<void>(on_demand);
     static const any_result any(L"any");
@@ -93,7 +114,7 @@ void define_primitive_results() {
     static const value_result cast_usr8(L"usr8", usrpropkey::empty, 0, true),
         greatest(L"greatest", usrpropkey::empty, 0, false), least(L"least", usrpropkey::empty, 0, false);
     static const text_result concat(L"concat"), dayname(L"dayname"), monthname(L"monthname"), chr(L"chr"),
-        space(L"space"), replace(L"replace"), split(L"split");
+        space(L"space");
 }
 
 }  // namespace qve

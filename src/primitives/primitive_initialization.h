@@ -22,6 +22,11 @@ const primitive_result& result_upper();
 const primitive_result& result_ltrim();
 const primitive_result& result_rtrim();
 const primitive_result& result_trim();
+const primitive_result& result_replace();
+const primitive_result& result_rreplace();
+const primitive_result& result_rextract();
+const primitive_result& result_split();
+const primitive_result& result_sortkey();
 const primitive_result& result_to_str();
 
 }  // namespace primitive_initialization

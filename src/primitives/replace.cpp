@@ -3,9 +3,6 @@
 namespace qve {
 namespace {
 
-template <class A, class B, class C>
-using replace_sig = sig<usr4, A, B, C>;
-
 struct replace_function {
     static constexpr const wchar_t* name = L"replace";
     static constexpr text_kind kind = text_kind::text;
@@ -15,7 +12,7 @@ struct replace_function {
     }
 };
 
-const register_text_function<replace_function, for_each_triple<replace_sig, usr_atoms, usr_atoms, usr_atoms>, modes3>
+const register_text_function<replace_function, for_each_triple<text_of_three, usr_atoms, usr_atoms, usr_atoms>, modes3>
     registered;
 
 }  // namespace

@@ -12,10 +12,7 @@ struct split_function {
     }
 };
 
-template <class A, class B, class Number>
-using split_sig = sig<usr4, A, B, Number>;
-
-const register_text_function<split_function, for_each_triple<split_sig, usr_atoms, usr_atoms, number_atoms>, modes3>
+const register_text_function<split_function, for_each_triple<text_of_three, usr_atoms, usr_atoms, number_atoms>, modes3>
     registered;
 
 }  // namespace

@@ -108,6 +108,20 @@ private:
     std::array<entry, 128> m_cache;
 };
 
+uint64_t width_of(text_kind kind, const output_column& out) {
+    switch (kind) {
+        case text_kind::text:
+            return out.width;
+        case text_kind::integer:
+            return sizeof(int);
+        case text_kind::truth:
+            return sizeof(bit);
+        case text_kind::moment:
+            return sizeof(datetime);
+    }
+    return 0;
+}
+
 bool inputs_fit(std::span<const text_input> inputs) {
     for (const text_input& input : inputs) {
         if (!is_token_width(input.column.width)) return false;
@@ -119,8 +133,7 @@ bool inputs_fit(std::span<const text_input> inputs) {
 
 unsigned map_text(unsigned n, output_column out, std::span<const text_input> inputs, unsigned const* sel,
                   text_operation operation, text_kind kind) {
-    const uint64_t width = kind == text_kind::text ? out.width : kind == text_kind::integer ? sizeof(int) : sizeof(bit);
-    n = rows_that_fit(n, out, width, sel);
+    n = rows_that_fit(n, out, width_of(kind, out), sel);
     rows_that_fit(n, inputs_fit(inputs) && (kind != text_kind::text || (out.heap && is_token_width(out.width))));
     if (n == 0) return 0;
     text_evaluator evaluate(inputs, out.heap, operation, kind);
@@ -140,6 +153,10 @@ unsigned map_text(unsigned n, output_column out, std::span<const text_input> inp
                 break;
             case text_kind::truth:
                 out.values<bit>()[i] = null ? datatraits<bit>::null : bit{static_cast<unsigned char>(result)};
+                break;
+            case text_kind::moment:
+                out.values<datetime>()[i] =
+                    null ? datatraits<datetime>::null : datetime{static_cast<unsigned long long>(result)};
                 break;
         }
     }

@@ -24,8 +24,8 @@ struct text_call {
 /// Computes one row. Gives the number or the truth value, anything for a text, or text_call::null.
 using text_operation = long long (*)(text_call& call);
 
-/// What the results of a function are: texts, "long" integers, truth values.
-enum class text_kind { text, integer, truth };
+/// What the results of a function are: texts, "long" integers, truth values, the counts of a "datetime".
+enum class text_kind { text, integer, truth, moment };
 
 /// Reads row `i` of a number argument.
 using number_reader = long long (*)(const void* data, unsigned i);
@@ -128,6 +128,10 @@ template <class A, class B>
 using integer_of_two = sig<int, A, B>;
 template <class A, class B>
 using truth_of_two = sig<bit, A, B>;
+template <class A, class B>
+using moment_of_two = sig<datetime, A, B>;
+template <class A, class B, class C>
+using text_of_three = sig<usr4, A, B, C>;
 
 using modes3 = modes<mode<col, col, col>, mode<col, col, val>, mode<col, val, col>, mode<col, val, val>,
                      mode<val, col, col>, mode<val, col, val>, mode<val, val, col>, mode<val, val, val>>;

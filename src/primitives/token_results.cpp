@@ -53,4 +53,10 @@ usrprops text_result::result_props(primitive const*, std::vector<usrprops> const
     return properties;
 }
 
+usrprops sortkey_result::result_props(primitive const*, std::vector<usrprops> const&) const {
+    usrprops properties = varchar::propsof(varchar::clob_precision, 1);
+    properties.set(usrpropkey::compression, L"heap");
+    return properties;
+}
+
 }  // namespace qve

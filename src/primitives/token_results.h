@@ -89,6 +89,13 @@ public:
     }
 };
 
+/// Sort keys: bytes that compare as such, whatever the collation of the text was.
+class sortkey_result : public primitive_result {
+public:
+    explicit sortkey_result(std::wstring_view name) : primitive_result(name) {}
+    usrprops result_props(primitive const* p, std::vector<usrprops> const& inputs) const override;
+};
+
 /// Results that are new texts: without limit of length, in the widest code unit of the text arguments and the collation
 /// of the first. Texts made of other values are UTF-8 in the binary collation.
 class text_result : public primitive_result {

@@ -8,7 +8,9 @@
 
 #include "algebra/TableSorter.h"
 #include "ingest/TextScan.h"
+#include "ingest/TranscodingDataStream.h"
 #include "os/MappedFile.h"
+#include "primitives/random_numbers.h"
 #include "server/configuration.h"
 #include "storage/Column.h"
 #include "storage/MemoryDirectoryTableSpace.h"
@@ -81,11 +83,15 @@ void ApplySettings(const usrprops& configuration) {
     settings.Number(usrpropkey::work_buffer_size,
                     [](std::uint64_t megabytes) { DataStream::SetWorkBufferSize(std::max(1U, Clamp(megabytes))); });
     settings.Flag(usrpropkey::MemoryMapEntireFile, [](bool on) { MappedFile::s_MemoryMapEntireFile = on; });
+    settings.Number(usrpropkey::charset_sample_size, [](std::uint64_t kibibytes) {
+        TranscodingDataStream::s_CharsetSampleSize = std::uint64_t{Clamp(kibibytes)} * 1024;
+    });
     settings.Number(usrpropkey::record_separator_textscan_limit,
                     [](std::uint64_t kilobytes) { TextScan::SetRecordSeparatorScanLimitK(Clamp(kilobytes)); });
     settings.Flag(usrpropkey::use_memory_tablespace,
                   [](bool on) { MemoryDirectoryTableSpace::s_useMemoryDirectoryTableSpace = on; });
     settings.Flag(usrpropkey::optimize_icu, [](bool on) { ICUCollation::s_OptimizeICU = on; });
+    settings.Number(usrpropkey::seed, seed_random_numbers);
     settings.Number(usrpropkey::acceleration, [](std::uint64_t entries) { Column::setAcceleratorThreshold(entries); });
 }
 

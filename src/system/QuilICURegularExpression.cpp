@@ -4,8 +4,8 @@
 
 namespace qve::QuilICU {
 
-// Steps of the matching engine, about a millisecond each.
-constexpr int32_t time_limit = 2000;
+// What may be spent on one text: units of ten thousand steps back, of some tenths of a millisecond each, and bytes.
+constexpr int32_t time_limit = 100;
 constexpr int32_t stack_limit = 4 << 20;
 
 std::unique_ptr<RegularExpression> RegularExpression::Open(std::u16string_view pattern) {
@@ -24,6 +24,7 @@ RegularExpression::~RegularExpression() {
 
 bool RegularExpression::SetText(std::u16string_view text) {
     UErrorCode error = U_ZERO_ERROR;
+    m_gaveUp = false;
     // A view of nothing has no address, which ICU refuses.
     const char16_t* data = text.data() ? text.data() : u"";
     uregex_setText(m_expression, data, static_cast<int32_t>(text.size()), &error);
@@ -32,8 +33,9 @@ bool RegularExpression::SetText(std::u16string_view text) {
 
 std::optional<Match> RegularExpression::Find() {
     UErrorCode error = U_ZERO_ERROR;
-    if (!uregex_findNext(m_expression, &error) || U_FAILURE(error)) return std::nullopt;
-    return Group(0);
+    const bool found = uregex_findNext(m_expression, &error);
+    if (U_FAILURE(error)) m_gaveUp = true;
+    return found && !m_gaveUp ? Group(0) : std::nullopt;
 }
 
 int RegularExpression::GroupCount() const {
@@ -47,21 +49,6 @@ std::optional<Match> RegularExpression::Group(int group) const {
     const int32_t end = uregex_end(m_expression, group, &error);
     if (U_FAILURE(error) || begin < 0) return std::nullopt;
     return Match{static_cast<size_t>(begin), static_cast<size_t>(end)};
-}
-
-std::optional<std::u16string> RegularExpression::ReplaceAll(std::u16string_view replacement) {
-    const char16_t* data = replacement.data() ? replacement.data() : u"";
-    std::u16string result(256, u'\0');
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        UErrorCode error = U_ZERO_ERROR;
-        const int32_t needed = uregex_replaceAll(m_expression, data, static_cast<int32_t>(replacement.size()),
-                                                 result.data(), static_cast<int32_t>(result.size()), &error);
-        if (error != U_BUFFER_OVERFLOW_ERROR && U_FAILURE(error)) return std::nullopt;
-        const bool fitted = error != U_BUFFER_OVERFLOW_ERROR;
-        result.resize(static_cast<size_t>(needed));
-        if (fitted) return result;
-    }
-    return std::nullopt;
 }
 
 }  // namespace qve::QuilICU

@@ -199,6 +199,7 @@ void BinaryCollation::replace(usratom& result, const usratom& text, const usrato
         if (at == nowhere) break;
         replaced.append(whole, done, at - done).append(new_part);
         done = at + old_part.size();
+        if (replaced.size() > longest_text) return result.assign_null(text.type());
     }
     replaced.append(whole, done);
     assign_text(result, text.type(), replaced, width);

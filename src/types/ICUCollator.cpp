@@ -194,6 +194,7 @@ void ICUCollation::Collator::replace(usratom& result, const usratom& text, const
             if (match->begin < done) continue;
             replaced.append(units, done, match->begin - done).append(new_part);
             done = match->end;
+            if (replaced.size() * sizeof(char16_t) > longest_text) return result.assign_null(text.type());
         }
     }
     replaced.append(units, done);

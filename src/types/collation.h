@@ -49,7 +49,7 @@ public:
     /// is none. `result` must be an atom of a varchar type and gets a text of its scale.
     virtual void split(usratom& result, const usratom& text, const usratom& delimiter, int n) const = 0;
     virtual bool contains(const usratom& text, const usratom& part) const = 0;
-    /// Every occurrence of `from` becomes `to`. `result` as in split.
+    /// Every occurrence of `from` becomes `to`. `result` as in split; null where it would pass longest_text.
     virtual void replace(usratom& result, const usratom& text, const usratom& from, const usratom& to) const = 0;
     /// Case mapping with the locale of the collation; `result` as in split.
     virtual void upper(const usratom& text, usratom& result) const = 0;

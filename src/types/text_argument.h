@@ -9,6 +9,9 @@ namespace qve {
 
 /// What collations do with their arguments and results.
 
+/// No function makes a text of more bytes than this; where it would, there is no answer.
+inline constexpr size_t longest_text = size_t{1} << 26;
+
 /// Throws QVE_InvalidArgument (status::collation_null_argument) with `message` for an atom without data.
 void require_text(const usratom& text, const char* message);
 

@@ -126,6 +126,16 @@ float cot_of(float x) {
     return 1.0f / std::tan(x);
 }
 
+cell logarithm(const type_info& r, types_of t, cells a) {
+    if (a.size() == 1) return real_function<std::log10, std::log10>(r, t, a);
+    if (any_null(a)) return null_cell();
+    const double x = a[0].number();
+    const double base = a[1].number();
+    if (!(x > 0 && base > 0 && base != 1)) return null_cell();
+    if (base == 2) return real_cell(std::log2(x));
+    return real_cell(base == 10 ? std::log10(x) : std::log(x) / std::log(base));
+}
+
 // The sign of a comparison; 2 when the two are unordered.
 int order(types_of t, cells a) {
     if (t[0]->is_real || t[1]->is_real) {
@@ -278,7 +288,7 @@ const std::map<std::wstring, definition>& definitions() {
         {L"cot", {real_function<cot_of, cot_of>}},
         {L"exp", {real_function<std::exp, std::exp>}},
         {L"ln", {real_function<std::log, std::log>}},
-        {L"log", {real_function<std::log10, std::log10>}},
+        {L"log", {logarithm}},
         {L"sin", {real_function<std::sin, std::sin>}},
         {L"sqrt", {real_function<std::sqrt, std::sqrt>}},
         {L"tan", {real_function<std::tan, std::tan>}},
@@ -299,8 +309,6 @@ const std::map<std::wstring, definition>& definitions() {
         {L"iif", {iif}},
         {L"greatest", {greatest, scope::no_text}},
         {L"least", {least, scope::no_text}},
-        {L"max", {greatest, scope::no_text}},
-        {L"min", {least, scope::no_text}},
         {L"pageoffset", {pageoffset}},
         {L"cluster", {cluster}},
         {L"to_int", {convert, scope::numbers}},

@@ -105,7 +105,13 @@ const std::set<std::wstring> tested_elsewhere = {L"any",
                                                  L"find3",
                                                  L"findnth",
                                                  L"split",
-                                                 L"replace"};
+                                                 L"replace",
+                                                 L"rcontains",
+                                                 L"rextract",
+                                                 L"rreplace",
+                                                 L"sortkey",
+                                                 L"parsedate",
+                                                 L"random"};
 
 // Calls a kernel of any number of arguments.
 unsigned call(primitive* p, unsigned n, output_column out, const std::vector<input_column>& in, unsigned const* sel) {

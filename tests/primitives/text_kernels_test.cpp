@@ -327,7 +327,7 @@ TEST(TextFunctions, JoinTexts) {
 TEST(TextFunctions, ChooseTheGreaterText) {
     const text_column a({"a", "z", {}}), b({"b", "y", "x"});
     const auto greatest = find_kernel<binary_func>(primitive::klassMap, L"greatest", {usr4_col, usr4_col});
-    const auto least = find_kernel<binary_func>(primitive::klassMap, L"min", {usr4_col, usr4_col});
+    const auto least = find_kernel<binary_func>(primitive::klassMap, L"least", {usr4_col, usr4_col});
     text_column out;
     greatest(3, out.output(3), a.input(), b.input(), nullptr);
     EXPECT_EQ(out.values(), (std::vector<text>{"b", "z", {}}));
