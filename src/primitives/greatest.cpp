@@ -3,7 +3,7 @@
 namespace qve {
 namespace {
 
-const register_winner<true> registered(L"greatest", L"max");
+const register_winner<true> registered(L"greatest");
 
 }  // namespace
 

@@ -3,7 +3,7 @@
 namespace qve {
 namespace {
 
-const register_winner<false> registered(L"least", L"min");
+const register_winner<false> registered(L"least");
 
 }  // namespace
 

@@ -71,17 +71,15 @@ struct text_winner_maker {
     }
 };
 
-/// Registers the maps under the function's name and under that of the aggregate of one argument.
+/// Registers the maps over plain values and over text.
 template <bool Greatest>
 class register_winner : public registration {
 public:
-    register_winner(const wchar_t* name, const wchar_t* aggregate) {
-        for (const wchar_t* each : {name, aggregate}) {
-            add(primitive::klassMap, each,
-                kernel_span(kernel_table<map_maker<winner_op<Greatest>>, winner_signatures, modes2>));
-            add(primitive::klassMap, each,
-                kernel_span(kernel_table<text_winner_maker<Greatest>, comparable_text_signatures, modes2>));
-        }
+    explicit register_winner(const wchar_t* name) {
+        add(primitive::klassMap, name,
+            kernel_span(kernel_table<map_maker<winner_op<Greatest>>, winner_signatures, modes2>));
+        add(primitive::klassMap, name,
+            kernel_span(kernel_table<text_winner_maker<Greatest>, comparable_text_signatures, modes2>));
     }
 };
 

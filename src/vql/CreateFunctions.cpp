@@ -87,7 +87,8 @@ void CreateFunctions::CreateLogic() {
     for (const VQLDataType type : anyType) {
         for (const wchar_t* name : {L"isdistinct", L"isnotdistinct"}) Func(B, name, name, type, type);
         for (const wchar_t* name : {L"isnull", L"isnotnull"}) Func(B, name, name, type);
-        for (const wchar_t* name : {L"greatest", L"least", L"max", L"min"}) Func(type, name, name, type, type);
+        for (const wchar_t* name : {L"greatest", L"max"}) Func(type, name, L"greatest", type, type);
+        for (const wchar_t* name : {L"least", L"min"}) Func(type, name, L"least", type, type);
     }
     Func(B, L"and", L"and_", B, B);
     Func(B, L"or", L"or_", B, B);

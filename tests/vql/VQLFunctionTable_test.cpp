@@ -51,7 +51,7 @@ TEST(VQLFunctionTable, TakesTheExactSignature) {
         {L"count", "S", "count I S aggregate"},
         {L"sum", "u", "sum u u aggregate"},
         {L"max", "d", "max d d aggregate"},
-        {L"max", "SS", "max S SS"},
+        {L"max", "SS", "greatest S SS"},
         {L"anyif", "SB", "anyif S SB aggregate"},
         {L"quantile", "dI", "quantile t dI aggregate"},
         {L"quantile", "ID", "quantile D ID aggregate"},
