@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "types/cuckoo_hash.h"
+#include "types/token_index.h"
 #include "types/usraccel.h"
 
 namespace qve {
@@ -25,6 +25,8 @@ public:
     using usraccel::find;
     void insert(const usrheap& heap, const usratom& atom, unsigned long long token) override;
     hashaccel* hashed() override { return this; }
+    /// True when equal values have the same bytes.
+    bool exact() const { return m_exact; }
 
     /// The hash under which a value stands here; equal values have equal keys.
     unsigned key(std::string_view bytes) const;
@@ -35,17 +37,24 @@ public:
     /// Brings the places of a key into the cache, ahead of first_candidate.
     void prefetch(unsigned key) const { m_table.prefetch(key); }
     /// The entry most likely to be the one of a key; absent when there is none.
-    unsigned long long first_candidate(unsigned key) const { return m_table.lookup1(key); }
+    unsigned long long first_candidate(unsigned key) const { return m_table.first(key); }
+    /// The token of the entry of a key for whose token matches(token) is true; absent when there is none.
+    template <class Matches>
+    unsigned long long find_matching(unsigned key, Matches matches) const {
+        return m_table.find_if(key, matches);
+    }
+    /// What the index takes in memory.
+    uint64_t bytes() const { return m_table.bytes(); }
 
 private:
+    void add(unsigned key, unsigned long long token);
     unsigned long long find_equal(const usrheap& heap, std::string_view bytes, unsigned key) const;
 
     const usrtype* m_type;
-    // True when equal values have the same bytes.
     bool m_exact;
     bool m_distinct = true;
     unsigned long long m_cardinality = 0;
-    cuckoo_hash<unsigned, unsigned long long> m_table;
+    token_index m_table;
 };
 
 }  // namespace qve

@@ -6,7 +6,7 @@
 
 #include "system/QuillonException.h"
 #include "types/hashaccel.h"
-#include "types/heap_reader.h"
+#include "types/heap_loader.h"
 #include "types/selected_rows.h"
 #include "types/status.h"
 #include "types/usrtype.h"
@@ -14,8 +14,6 @@
 namespace qve {
 namespace {
 
-// How many values are looked up together, so that their cache misses overlap.
-constexpr unsigned batch = 32;
 // How many values of a vector are gathered at once.
 constexpr unsigned gathered = 256;
 
@@ -178,41 +176,7 @@ unsigned long long usrheap::put_bytes(const char* data, uint64_t length) {
 }
 
 void usrheap::put_bytes(unsigned count, unsigned long long* tokens, const std::string_view* values) {
-    hashaccel* const hashed = m_stream ? accelerator()->hashed() : nullptr;
-    if (!hashed) {
-        for (unsigned i = 0; i < count; ++i) {
-            tokens[i] = values[i].data() ? put_bytes(values[i].data(), values[i].size()) : null_token;
-        }
-        return;
-    }
-    unsigned keys[batch];
-    for (unsigned from = 0; from < count; from += batch) {
-        const unsigned n = std::min(batch, count - from);
-        const std::string_view* const some = values + from;
-        unsigned long long* const found = tokens + from;
-        for (unsigned i = 0; i < n; ++i) {
-            keys[i] = some[i].data() ? hashed->key(some[i]) : 0;
-            hashed->prefetch(keys[i]);
-        }
-        heap_reader reader(this);
-        for (unsigned i = 0; i < n; ++i) {
-            found[i] = hashed->first_candidate(keys[i]);
-            reader.prefetch(found[i]);
-        }
-        for (unsigned i = 0; i < n; ++i) {
-            if (!some[i].data()) {
-                found[i] = null_token;
-            } else if (found[i] == null_token || reader[found[i]] != some[i]) {
-                // New, or hidden behind another value of its hash, or appended by this very loop.
-                found[i] = hashed->find_bytes(*this, some[i], keys[i]);
-                if (found[i] == null_token) {
-                    found[i] = append(some[i]);
-                    hashed->insert_bytes(*this, some[i], keys[i], found[i]);
-                }
-                reader = heap_reader(this);
-            }
-        }
-    }
+    heap_loader(*this).put(count, tokens, values);
 }
 
 void usrheap::store_tokens(unsigned count, output_column out, const unsigned long long* tokens, unsigned from,

@@ -183,11 +183,15 @@ void FileDataStream::Extend(uint64_t count) {
 }
 
 void FileDataStream::Resize(uint64_t size) {
+    SetSize(size, size);
+}
+
+void FileDataStream::SetSize(uint64_t size, uint64_t room) {
     const uint64_t unit = round_up(65536, MappedFile::Alignment());
-    if (size > INT64_MAX - m_state->begin - unit)
+    if (room > INT64_MAX - m_state->begin - unit)
         throw QVE_InvalidArgument(status::FileDataStream_Size, "FileDataStream::Resize");
     const uint64_t end = m_state->begin + size;
-    const uint64_t capacity = m_state->begin + round_up(size, unit);
+    const uint64_t capacity = m_state->begin + round_up(room, unit);
     // A window that reaches behind the new end of the file could fault.
     if (capacity < m_state->capacity) Unmap();
     if (end < m_state->end) {
@@ -209,7 +213,9 @@ void FileDataStream::Append(const void* bytes, uint64_t count) {
     if (count == 0) return;
     const uint64_t old = GetSize();
     const uint64_t position = m_position;
-    Resize(old + count);
+    const uint64_t room = m_state->capacity - m_state->begin;
+    // A long file grows by a part of itself, so that the windows of its readers last.
+    SetSize(old + count, old + count <= room ? room : old + count + old / 8);
     if (count >= writeThrough) {
         m_state->file->WriteAt(m_state->begin + old, bytes, count);
     } else {

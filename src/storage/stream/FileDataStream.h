@@ -41,6 +41,8 @@ private:
     struct StreamState;
     explicit FileDataStream(RefCntPtr<StreamState> state);
     uint64_t Begin() const;
+    /// Changes the length, and makes room in the file for `room` bytes.
+    void SetSize(uint64_t size, uint64_t room);
     void Map(uint64_t offset, uint64_t count);
     void Unmap();
 

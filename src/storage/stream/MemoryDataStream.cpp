@@ -10,8 +10,7 @@ namespace qve {
 MemoryDataStream::MemoryDataStream() : MemoryDataStream(MakeRef<Bytes>()) {}
 
 MemoryDataStream::MemoryDataStream(const void* bytes, uint64_t count) : MemoryDataStream() {
-    const char* begin = static_cast<const char*>(bytes);
-    m_bytes->data.assign(begin, begin + count);
+    m_bytes->data.Append(bytes, count);
 }
 
 MemoryDataStream::MemoryDataStream(RefCntPtr<Bytes> bytes)
@@ -55,13 +54,13 @@ void MemoryDataStream::Extend(uint64_t count) {
     if (count != 0 && !m_writable)
         throw QVE_InvalidArgument(status::MemoryDataStream_Extend, "MemoryDataStream::Extend");
     m_cursor = GetSize();
-    m_bytes->data.resize(m_cursor + count);
+    m_bytes->data.Resize(m_cursor + count);
 }
 
 void MemoryDataStream::Resize(uint64_t size) {
     if (size == GetSize()) return;
     if (!m_writable) throw QVE_InvalidArgument(status::MemoryDataStream_Resize, "MemoryDataStream::Resize");
-    m_bytes->data.resize(size);
+    m_bytes->data.Resize(size);
     m_cursor = std::min(m_cursor, size);
 }
 
@@ -74,8 +73,7 @@ void MemoryDataStream::Append(DataStream& from) {
 void MemoryDataStream::Append(const void* bytes, uint64_t count) {
     if (!m_writable)
         throw QVE_InvalidArgument(status::MemoryDataStream_AppendBuffer, "MemoryDataStream::Append(input_buffer)");
-    const char* begin = static_cast<const char*>(bytes);
-    m_bytes->data.insert(m_bytes->data.end(), begin, begin + count);
+    m_bytes->data.Append(bytes, count);
 }
 
 }  // namespace qve

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <vector>
-
+#include "os/GrowingMemory.h"
 #include "storage/stream/DataStream.h"
 
 namespace qve {
@@ -31,7 +30,7 @@ public:
 
 private:
     struct Bytes : RefCntObject {
-        std::vector<char> data;
+        GrowingMemory data;
     };
     explicit MemoryDataStream(RefCntPtr<Bytes> bytes);
 
