@@ -16,13 +16,28 @@ namespace qve {
 
 namespace {
 
-// Whether a kernel named after the type converts the values of `value`.
-bool HasKernel(const std::wstring& op, const Exp& value) {
-    for (const primitive* candidate :
-         primitive::resolve(op, {{value.GetPrimitiveType(usrpropkey::empty), primitive::storageCol}})) {
+// Whether a kernel `op` converts values of the type.
+bool HasKernel(const std::wstring& op, const std::wstring& type) {
+    for (const primitive* candidate : primitive::resolve(op, {{type, primitive::storageCol}})) {
         if (candidate->klass() == primitive::klassMap) return true;
     }
     return false;
+}
+
+std::wstring TypeOf(const Exp& value) {
+    return value.GetPrimitiveType(usrpropkey::empty);
+}
+
+// The conversion between plain types, in two steps where no kernel does it in one; null when there is none.
+RefCntPtr<Exp> ConvertPlain(const std::wstring& name, const RefCntPtr<Exp>& value, const std::wstring& target) {
+    const std::wstring from = TypeOf(*value);
+    if (HasKernel(target, from)) return MakeRef<MapUnaryExp>(name, target, value, false);
+    for (const wchar_t* between : {L"datetime", L"double"}) {
+        if (HasKernel(between, from) && HasKernel(target, between)) {
+            return MakeRef<MapUnaryExp>(name, target, MakeRef<MapUnaryExp>(name, between, value, false), false);
+        }
+    }
+    return nullptr;
 }
 
 // The parser of text whose result is next to values of this type.
@@ -89,13 +104,12 @@ RefCntPtr<Exp> CastExp::MakeExplicitCast(const usrtype& target) const {
 
 RefCntPtr<Exp> CastExp::MakeScalarCast(const usrtype& target) const {
     const RefCntPtr<Exp>& value = m_arguments[0];
-    const std::wstring& op = target.name();
-    if (HasKernel(op, *value)) return MakeRef<MapUnaryExp>(GetName(), op, value, false);
+    if (RefCntPtr<Exp> converted = ConvertPlain(GetName(), value, target.name())) return converted;
     const wchar_t* const parser = ParserFor(target.GetDataType());
-    if (!parser || !HasKernel(parser, *value)) {
+    if (!parser || !HasKernel(parser, TypeOf(*value))) {
         throw QVE_InvalidArgument(
             status::CastExp_AllocateColumn,
-            narrow(L"CastExp::AllocateColumn: " + value->GetColumn()->GetType()->name() + L" to " + op));
+            narrow(L"CastExp::AllocateColumn: " + value->GetColumn()->GetType()->name() + L" to " + target.name()));
     }
     return MakeRef<CastExp>(GetName(), MakeRef<MapUnaryExp>(GetName(), parser, value, false), m_arguments[1]);
 }
@@ -146,8 +160,19 @@ void CastExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, con
 
 RefCntPtr<ConstantExp> CastConstant(const ConstantExp& constant, const usrprops& properties) {
     const usrtype* target = usrtype::resolve(properties);
+    const usrtype* source = constant.GetColumn()->GetType();
     usratom converted(target);
-    target->cast(converted, constant.GetValue());
+    RefCntPtr<Exp> conversion;
+    if (source != target && source->fixed() && target->fixed()) {
+        conversion = ConvertPlain({}, MakeRef<ConstantExp>(constant.GetValue()), target->name());
+    }
+    if (conversion) {  // as a column of the value would be converted, not by way of its text
+        conversion->AllocateColumn(nullptr);
+        conversion->Evaluate(1, 1, nullptr, nullptr);
+        target->get(conversion->GetResult(), 0, converted);
+    } else {
+        target->cast(converted, constant.GetValue());
+    }
     if (!converted.data()) converted = target->null();
     return MakeRef<ConstantExp>(constant.GetName(), converted);
 }

@@ -47,8 +47,7 @@ const usrtype* CommonType(const usrprops& a, const usrprops& b);
 /// not yet bound. Raises what CommonType does.
 std::pair<RefCntPtr<Exp>, RefCntPtr<Exp>> ResolveCast(RefCntPtr<Exp> a, RefCntPtr<Exp> b);
 
-/// The constant converted to the type that `properties` describe, at once and without a kernel; null where the value
-/// has no counterpart.
+/// The constant converted to the type that `properties` describe, at once; null where the value has no counterpart.
 RefCntPtr<ConstantExp> CastConstant(const ConstantExp& constant, const usrprops& properties);
 
 }  // namespace qve

@@ -194,7 +194,11 @@ void varchar::cast(usratom& to, const usratom& from) const {
             bytes = buffer;
         }
     }
-    std::string kept(bytes.substr(0, Unicode::Units::Fit(bytes, width, size())));
+    uint64_t fitting = Unicode::Units::Fit(bytes, width, size());
+    if (precision() >= 0) {
+        fitting = std::min(fitting, Unicode::Units::Offset(bytes, width, static_cast<uint64_t>(precision())));
+    }
+    const std::string kept(bytes.substr(0, fitting));
     to.assign(this, kept.data(), kept.size());
 }
 

@@ -233,12 +233,21 @@ TEST(Cast, ConvertsThroughText) {
 
 TEST(Cast, ToText) {
     usratom result;
-    const usrtype* five = varchar::usrtypeof(2, 1);  // 8 bytes
-    five->cast(result, usratom(-1234567890123LL));
-    EXPECT_EQ(result.bytes(), "-1234567");
-    // Never through the middle of a character.
-    five->cast(result, text("abcdefg\xC3\xA4"));
-    EXPECT_EQ(result.bytes(), "abcdefg");
+    const usrtype* two = varchar::usrtypeof(2, 1);
+    two->cast(result, usratom(-1234567890123LL));
+    EXPECT_EQ(result.bytes(), "-1");
+    two->cast(result, text("\xC3\xA4"
+                           "bcd"));
+    EXPECT_EQ(result.bytes(),
+              "\xC3\xA4"
+              "b");
+    EXPECT_TRUE(two->validate(result));
+    // Where only bytes are limited, never through the middle of a character.
+    const usrtype* eight =
+        usrtype::resolve({{usrpropkey::factory, L"varchar"}, {usrpropkey::scale, L"1"}, {usrpropkey::size, L"8"}});
+    eight->cast(result, text("abcdefg\xC3\xA4"));
+    EXPECT_EQ(result.bytes().substr(0, 2), "ab");
+    EXPECT_TRUE(eight->validate(result));
     varchar::usrtypeof(20, 2)->cast(result, text("\xF0\x9F\x98\x80!", 4));
     EXPECT_EQ(result.length(), 6U);
     EXPECT_EQ(test::utf8(result), "\xF0\x9F\x98\x80!");
