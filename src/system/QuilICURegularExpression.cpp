@@ -9,6 +9,7 @@ constexpr int32_t time_limit = 100;
 constexpr int32_t stack_limit = 4 << 20;
 
 std::unique_ptr<RegularExpression> RegularExpression::Open(std::u16string_view pattern) {
+    if (pattern.empty()) pattern = u"(?:)";  // which means the same, and is a pattern to ICU
     UErrorCode error = U_ZERO_ERROR;
     URegularExpression* expression =
         uregex_open(pattern.data(), static_cast<int32_t>(pattern.size()), 0, nullptr, &error);
