@@ -125,25 +125,30 @@ void Aggr::SetGrouping(RefCntPtr<Grouping> grouping) {
     m_groupIds.reset();
     m_grouping = std::move(grouping);
     if (!m_grouping) return;
+    m_groupingName = m_grouping->GetName();
     m_groupIds = m_grouping->AllocateGroupIDs();
     m_context = m_grouping->MakeContext(m_source.get(), this);
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "AGGR " << m_grouping->GetName();
 }
 
-void Aggr::ChooseGrouping() {
+std::wstring Aggr::GetGroupingName() const {
+    return m_groupingName.empty() ? MakeGrouping()->GetName() : m_groupingName;
+}
+
+RefCntPtr<Grouping> Aggr::MakeGrouping() const {
     // A key of one value for all rows separates nothing.
     std::vector<std::wstring> keys;
     for (const std::wstring& key : m_keyNames) {
         if (m_source->GetColumn(key)->GetStorageName() != Column::storageVal) keys.push_back(key);
     }
     constexpr CompareSemantics semantics = CompareSemantics::nullsMatch;
-    if (keys.empty()) return SetGrouping(MakeRef<Grouping>(semantics));
+    if (keys.empty()) return MakeRef<Grouping>(semantics);
     if (const RefCntPtr<Exp> key = RadixGrouping::ResolveHash(*m_source, keys)) {
-        return SetGrouping(MakeRef<RadixGrouping>(semantics, key, key));
+        return MakeRef<RadixGrouping>(semantics, key, key);
     }
     if (keys.size() == 1) {
         if (RefCntPtr<Grouping> grouping = ArrayGrouping::Resolve(*m_source, keys.front(), semantics)) {
-            return SetGrouping(std::move(grouping));
+            return grouping;
         }
     }
     const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, keys);
@@ -151,7 +156,7 @@ void Aggr::ChooseGrouping() {
         throw QVE_InvalidArgument(status::Aggr_ComputeGrouping,
                                   "Aggr::ComputeGrouping: could not resolve hash function");
     }
-    SetGrouping(MakeRef<HashGrouping>(semantics, hash, hash, keys, m_estimate));
+    return MakeRef<HashGrouping>(semantics, hash, hash, keys, m_estimate);
 }
 
 void Aggr::ReplaceByHash() {
@@ -179,7 +184,7 @@ void Aggr::ProcessData(unsigned pageSize) {
         if (count == 0) continue;
         const unsigned* sel = m_source->GetSelection();
         if (m_keys.empty()) BindKeys();
-        if (!m_grouping) ChooseGrouping();
+        if (!m_grouping) SetGrouping(MakeGrouping());
         const input_column groups = AssignGroups(count, extent, sel);
         for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Evaluate(count, extent, sel, m_source.get());
         Accumulate(count, groups, sel);

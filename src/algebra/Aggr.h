@@ -49,10 +49,14 @@ public:
     /// Installs a grouping, or drops it when null. Done by the build itself; from outside only before it.
     void SetGrouping(RefCntPtr<Grouping> grouping);
 
+    /// The name of the grouping that the build took; before it of the one that it would take.
+    std::wstring GetGroupingName() const;
+
     const RefCntPtr<DataFlow>& GetSource() const { return m_source; }
     const ColumnNames& GetKeyNames() const { return m_keyNames; }
     const std::vector<RefCntPtr<Exp>>& GetAggregates() const { return m_aggregates; }
     unsigned GetGroupLimit() const { return m_groupLimit; }
+    unsigned GetEstimate() const { return m_estimate; }
 
 protected:
     virtual void BuildPartitioned(unsigned pageSize);
@@ -67,7 +71,7 @@ private:
     static constexpr unsigned mostGroups = ~0u - 2;
 
     void BindKeys();
-    void ChooseGrouping();
+    RefCntPtr<Grouping> MakeGrouping() const;
     void ReplaceByHash();
     input_column AssignGroups(unsigned count, unsigned extent, const unsigned* sel);
     void Accumulate(unsigned count, input_column groups, const unsigned* sel);
@@ -89,6 +93,7 @@ private:
     std::vector<CellCopier> m_keys;
     std::vector<unsigned> m_missList;
     std::vector<unsigned> m_insertList;
+    std::wstring m_groupingName;
     unsigned m_groupCount = 0;
     bool m_built = false;
 };

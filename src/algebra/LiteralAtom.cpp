@@ -1,5 +1,7 @@
 #include "algebra/LiteralAtom.h"
 
+#include <cmath>
+
 #include "system/unicode.h"
 #include "types/builtin.h"
 #include "types/datetime.h"
@@ -80,6 +82,53 @@ usratom AtomOfLiteral(const VQLDataValue& literal, const usrprops& properties) {
         default:
             return usratom();
     }
+}
+
+VQLDataValue LiteralOfAtom(const usratom& atom) {
+    if (!atom.type()) return {};
+    const auto civil = [](const date& day) {
+        const calendar::civil_date parts = day.civil();
+        return VQLDate{static_cast<short>(parts.year), static_cast<char>(parts.month), static_cast<char>(parts.day)};
+    };
+    switch (atom.isnull() ? DataType::spatial : atom.type()->GetDataType()) {
+        case DataType::boolean:
+            return VQLDataValue(static_cast<bit>(atom).value != 0);
+        case DataType::index:
+        case DataType::integer:
+            return VQLDataValue(static_cast<long long>(atom));
+        case DataType::real:
+            return std::isnan(static_cast<double>(atom)) ? VQLDataValue() : VQLDataValue(static_cast<double>(atom));
+        case DataType::date:
+            return VQLDataValue(civil(static_cast<date>(atom)));
+        case DataType::datetime: {
+            const auto moment = static_cast<datetime>(atom);
+            const VQLDate day = civil(moment.day());
+            const unsigned ticks = moment.ticks();
+            const unsigned seconds = ticks / ticks_per_second;
+            return VQLDataValue(VQLDatetime{day.year, day.month, day.day, static_cast<char>(seconds / 3600),
+                                            static_cast<char>(seconds / 60 % 60), static_cast<char>(seconds % 60),
+                                            static_cast<short>(ticks % ticks_per_second)});
+        }
+        case DataType::duration: {
+            const long long ticks = static_cast<duration>(atom).value;
+            const long long seconds = ticks / ticks_per_second;
+            VQLDuration span;
+            span.day = static_cast<decltype(span.day)>(ticks / ticks_per_day);
+            span.hour = static_cast<decltype(span.hour)>(seconds / 3600 % 24);
+            span.minute = static_cast<decltype(span.minute)>(seconds / 60 % 60);
+            span.second = static_cast<decltype(span.second)>(seconds % 60);
+            span.fraction = static_cast<decltype(span.fraction)>(ticks % ticks_per_second);
+            return VQLDataValue(span);
+        }
+        case DataType::usr: {
+            usratom text;
+            varchar::usrtypeof(varchar::clob_precision, 1, nullptr)->cast(text, atom);
+            return VQLDataValue(widen(text.bytes()));
+        }
+        case DataType::spatial:
+            return {};
+    }
+    return {};
 }
 
 }  // namespace qve

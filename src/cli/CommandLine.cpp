@@ -78,6 +78,8 @@ CommandLine CommandLine::Parse(int argc, char** argv) {
     for (const auto& [name, format] : s_formats) names.push_back(name);
     TCLAP::ValuesConstraint<std::string> formats(names);
     Value format("", "format", "How results are printed; by default as a table", false, "table", &formats, line);
+    TCLAP::SwitchArg plan("", "plan", "Show the plan of each query in place of its rows", line);
+    TCLAP::SwitchArg analyze("", "analyze", "With the plan, run it: rows and milliseconds of each operator", line);
     TCLAP::SwitchArg timing("", "timing", "Print how long each statement took, to standard error", line);
     TCLAP::SwitchArg stop("", "stop-on-error", "Leave at the first statement that fails", line);
     line.parse(argc, argv);
@@ -88,6 +90,8 @@ CommandLine CommandLine::Parse(int argc, char** argv) {
     result.server = server.isSet() ? server.getValue() : DefaultServer();
     result.serverLog = serverLog.getValue();
     result.format = s_formats.at(format.getValue());
+    result.analyze = analyze.getValue();
+    result.plan = plan.getValue() || result.analyze;
     result.timing = timing.getValue();
     result.stopOnError = stop.getValue();
     return result;

@@ -19,6 +19,8 @@ struct CommandLine {
     std::string server;         ///< path of the server program
     std::string serverLog;      ///< log file of a server that is started
     Format format = Format::table;
+    bool plan = false;     ///< show the plans of queries and do not run them
+    bool analyze = false;  ///< run them, and show with the plan what each operator gave
     bool timing = false;
     bool stopOnError = false;
 

@@ -100,7 +100,8 @@ bool Program::RunStatement(const SourceStatement& statement) {
     bool succeeded = false;
     try {
         const std::unique_ptr<ResultWriter> writer = ResultWriter::Make(m_commandLine.format, std::cout);
-        const bool hasResult = m_session->Run(statement.text, *writer);
+        const bool hasResult =
+            m_commandLine.plan ? RunPlan(statement.text, *writer) : m_session->Run(statement.text, *writer);
         if (!hasResult && m_commandLine.format == Format::table) std::cout << "ok\n";
         succeeded = true;
     } catch (const Failure& failure) {
@@ -114,6 +115,17 @@ bool Program::RunStatement(const SourceStatement& statement) {
     }
     if (!std::cout) return false;  // nobody reads any more
     return succeeded || !m_commandLine.stopOnError;
+}
+
+// What has no plan, as connecting to a database, runs as it is.
+bool Program::RunPlan(const std::string& statement, ResultWriter& writer) {
+    constexpr QVE_Status hasNoPlan = 48037;
+    try {
+        return m_session->Run((m_commandLine.analyze ? "(explain analyze " : "(explain ") + statement + "\n)", writer);
+    } catch (const Failure& failure) {
+        if (failure.GetStatus() != hasNoPlan) throw;
+    }
+    return m_session->Run(statement, writer);
 }
 
 void Program::ReportFailure(const Failure& failure, const SourceStatement& statement) {

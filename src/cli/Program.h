@@ -24,6 +24,8 @@ private:
     bool RunStream(std::istream& stream);
     bool RunComplete(StatementSplitter& splitter, bool atEnd);
     bool RunStatement(const SourceStatement& statement);
+    /// Shows the plan of a query.
+    bool RunPlan(const std::string& statement, ResultWriter& writer);
     void RunTerminal();
     void ReportFailure(const Failure& failure, const SourceStatement& statement);
 

@@ -228,6 +228,11 @@ void TextScan::ShowColumns(const ColumnNames& wanted) {
     }
 }
 
+std::wstring TextScan::GetPath() const {
+    const auto* file = dynamic_cast<const TextFileDataStream*>(m_stream.get());
+    return file ? file->GetPath() : std::wstring();
+}
+
 void TextScan::ResetCursor() {
     m_position = 0;
     m_split.length = 0;

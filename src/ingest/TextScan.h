@@ -46,6 +46,8 @@ public:
     const usrprops& GetTextProperties() const { return m_properties; }
     /// The columns of the text, in their order: name, type, ordinal.
     const std::vector<usrprops>& GetSchema() const { return m_schema; }
+    /// The path of the file that is scanned; empty for a text that is no file.
+    std::wstring GetPath() const;
     /// How many bytes of the text have been read, of how many. Any thread may ask.
     uint64_t GetTextCursor() const { return m_textCursor.load(std::memory_order_relaxed); }
     uint64_t GetTextSize() const { return m_textSize; }

@@ -52,6 +52,8 @@ void Session::Call(QVE_Command command, QVE_InputIterator& in, QVE_Message& repl
             return StatementOpen(in, reply);
         case QVE_Command::StatementPrepare:
             return StatementPrepare(in, reply);
+        case QVE_Command::StatementPlan:
+            return StatementPlan(in, reply);
         case QVE_Command::StatementExecute:
             return StatementExecute(in, reply);
         case QVE_Command::StatementCancel:
@@ -79,7 +81,6 @@ void Session::Call(QVE_Command command, QVE_InputIterator& in, QVE_Message& repl
         case QVE_Command::DatabaseDownloadOpen:
         case QVE_Command::DownloadRecv:
         case QVE_Command::DownloadClose:
-        case QVE_Command::StatementPlan:
             return NotSupported(command, reply);
         default:
             throw QVE_RangeError(status::Session_Dispatch, "Protocol Error: invalid command");

@@ -21,6 +21,10 @@ class QVE_InputIterator;
 class QVE_OutputIterator;
 }  // namespace qve
 
+namespace qve::Metrics {
+class Scope;
+}
+
 namespace qve::Server {
 
 class Rowset;
@@ -62,6 +66,9 @@ private:
     void QueryExecute(QVE_InputIterator& in, QVE_Message& reply);
     void StatementOpen(QVE_InputIterator& in, QVE_Message& reply);
     void StatementPrepare(QVE_InputIterator& in, QVE_Message& reply);
+    void StatementPlan(QVE_InputIterator& in, QVE_Message& reply);
+    void CompileStatement(QVE_InputIterator& in, QVE_Message& reply, const Metrics::Scope& scope, const char* handler,
+                          int badSession, void (Statement::*compile)(const std::wstring&));
     void StatementExecute(QVE_InputIterator& in, QVE_Message& reply);
     void StatementCancel(QVE_InputIterator& in, QVE_Message& reply);
     void StatementEstimateProgress(QVE_InputIterator& in, QVE_Message& reply);

@@ -100,22 +100,32 @@ void Session::StatementOpen(QVE_InputIterator&, QVE_Message& reply) {
 
 void Session::StatementPrepare(QVE_InputIterator& in, QVE_Message& reply) {
     const Metrics::Scope scope("Server::Session::StatementPrepare");
+    CompileStatement(in, reply, scope, "StatementPrepare", status::Session_StatementPrepare, &Statement::Prepare);
+}
+
+void Session::StatementPlan(QVE_InputIterator& in, QVE_Message& reply) {
+    const Metrics::Scope scope("Server::Session::StatementPlan");
+    CompileStatement(in, reply, scope, "StatementPlan", status::Session_StatementPlan, &Statement::Plan);
+}
+
+void Session::CompileStatement(QVE_InputIterator& in, QVE_Message& reply, const Metrics::Scope& scope,
+                               const char* handler, int badSession, void (Statement::*compile)(const std::wstring&)) {
     scope.NameValue("session", m_guid);
     Answer(
         reply,
         [&](QVE_OutputIterator&) {
-            const std::uint64_t guid = ReadStatementGuid(in, "StatementPrepare", status::Session_StatementPrepare);
+            const std::uint64_t guid = ReadStatementGuid(in, handler, badSession);
             const std::wstring text = widen(in.ReadString());
             scope.NameValue("statement", guid);
-            LogEntry() << "Session" << m_guid << ": StatementPrepare: stmt_guid=" << guid << " " << text;
+            LogEntry() << "Session" << m_guid << ": " << handler << ": stmt_guid=" << guid << " " << text;
             ReportQuery(text);
             RefreshSessionSchema();
             const RefCntPtr<Statement> statement = GetStatement(guid);
-            statement->Prepare(text);
+            (statement.get()->*compile)(text);
             DatabaseUpdate(statement->GetDatabase());
-            LogEntry() << "Session" << m_guid << ": StatementPrepare: OK stmt_guid=" << guid;
+            LogEntry() << "Session" << m_guid << ": " << handler << ": OK stmt_guid=" << guid;
         },
-        [&](const char* text) { LogEntry() << "Session" << m_guid << ": StatementPrepare: FAILED, error=" << text; });
+        [&](const char* text) { LogEntry() << "Session" << m_guid << ": " << handler << ": FAILED, error=" << text; });
 }
 
 void Session::StatementExecute(QVE_InputIterator& in, QVE_Message& reply) {

@@ -45,6 +45,13 @@ RefCntPtr<Database> Statement::GetDatabase() const {
 }
 
 void Statement::Prepare(const std::wstring& text) {
+    Compile(text, &VQLSession::Prepare);
+}
+void Statement::Plan(const std::wstring& text) {
+    Compile(text, &VQLSession::Plan);
+}
+
+void Statement::Compile(const std::wstring& text, Compiler compiler) {
     m_timers = {};
     {
         // A cancel from here on is meant for the new plan.
@@ -54,7 +61,7 @@ void Statement::Prepare(const std::wstring& text) {
     const Stopwatch compile(m_timers.compile);
     m_session = std::make_shared<VQLSession>(m_databases);
     m_session->Configure(m_properties);
-    RefCntPtr<Namespace> plan = m_session->Prepare(text);
+    RefCntPtr<Namespace> plan = (m_session.get()->*compiler)(text);
     std::lock_guard lock(m_mutex);
     m_plan = std::move(plan);
 }

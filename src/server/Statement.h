@@ -49,6 +49,8 @@ public:
 
     /// Compiles a text to the plan of the next executions. Throws what the language throws.
     void Prepare(const std::wstring& text);
+    /// The same of a text in the language of plans.
+    void Plan(const std::wstring& text);
     /// Runs the plan up to its first page; null when there is no plan or it yields nothing. Throws what the plan
     /// throws, Operator::CancelledException too.
     RefCntPtr<Rowset> Execute();
@@ -58,6 +60,9 @@ public:
     const Timers& GetTimers() const noexcept { return m_timers; }
 
 private:
+    using Compiler = RefCntPtr<Namespace> (VQLSession::*)(const std::wstring&);
+
+    void Compile(const std::wstring& text, Compiler compiler);
     RefCntPtr<Rowset> Open(const RefCntPtr<Namespace>& plan);
 
     DatabaseFamily m_databases;

@@ -19,6 +19,7 @@ inline constexpr int Session_NotSupported = 40432;
 inline constexpr int Session_StatementExecute = 40433;
 inline constexpr int Session_StatementClose = 40434;
 inline constexpr int Session_StatementPrepare = 40435;
+inline constexpr int Session_StatementPlan = 40436;
 inline constexpr int Session_StatementCancel = 40440;
 inline constexpr int Session_StatementEstimateProgress = 40424;
 inline constexpr int Rowset_GetColumn = 40695;

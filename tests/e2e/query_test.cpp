@@ -22,11 +22,13 @@ namespace fs = std::filesystem;
 
 const std::string dataFolder = QVE_TEST_SOURCES "/data";
 
-// What a server is started with: lines of its configuration file, and whether it may use vector instructions.
+// What a server is started with: lines of its configuration file, and whether it may use vector instructions; and how
+// queries are run.
 struct Setting {
     std::string name;
     std::string configuration;
     bool vectors = true;
+    bool plans = false;  // each query is run by the text of its plan
 };
 
 const Setting settings[] = {
@@ -35,6 +37,7 @@ const Setting settings[] = {
     {"no_encodings", "encodings:false\n"},
     {"large_pages", "block-length:4096\n"},
     {"small_work_buffer", "work-buffer-size:1\n"},
+    {"plan_text", "", true, true},
 };
 
 std::optional<double> Number(const Cell& cell) {
@@ -128,8 +131,35 @@ protected:
         m_oracle.Load(dataFolder, name);
     }
 
+    // The plan of a query as one text; empty for what has none. The listing leaves the closing parentheses out.
+    std::string PlanText(const std::string& query) {
+        constexpr int hasNoPlan = 48037;
+        std::vector<Row> lines;
+        try {
+            lines = m_client->Run("(explain " + query + ")").rows;
+        } catch (const EngineError& error) {
+            if (error.GetStatus() != hasNoPlan) throw;
+            return {};
+        }
+        std::string plan;
+        size_t open = 0;
+        for (const Row& line : lines) {
+            const std::string& text = std::get<std::string>(line[0]);
+            const size_t depth = text.find_first_not_of(' ') / 2;
+            for (; open > depth; --open) plan += ')';
+            plan += "\n(" + text.substr(2 * depth);
+            ++open;
+        }
+        return plan + std::string(open, ')');
+    }
+
+    std::vector<Row> Run(const std::string& query) {
+        const std::string plan = std::get<1>(GetParam()).plans ? PlanText(query) : std::string();
+        return plan.empty() ? m_client->Run(query).rows : m_client->RunPlan(plan).rows;
+    }
+
     void CheckQuery(const QueryStep& step) {
-        std::vector<Row> actual = m_client->Run(step.text).rows;
+        std::vector<Row> actual = Run(step.text);
         std::vector<Row> expected = step.oracle ? m_oracle.Run(step.expected).rows : ParseRows(step.expected);
         if (step.sorted) {
             Sort(actual);

@@ -142,9 +142,26 @@ void EngineClient::Check(QVE_Status status) const {
 }
 
 Rows EngineClient::Run(const std::string& statement) {
-    Rows result;
     QVE_Rowset* rowset = nullptr;
     Check(QVE_QueryExecute(m_connection, statement.c_str(), &rowset));
+    return Fetch(rowset);
+}
+
+Rows EngineClient::RunPlan(const std::string& plan) {
+    QVE_Statement* statement = nullptr;
+    Check(QVE_StatementOpen(m_connection, &statement));
+    struct Closer {
+        QVE_Statement* statement;
+        ~Closer() { QVE_StatementClose(statement); }
+    } closer{statement};
+    Check(QVE_StatementPlan(statement, plan.c_str()));
+    QVE_Rowset* rowset = nullptr;
+    Check(QVE_StatementExecute(statement, &rowset));
+    return Fetch(rowset);
+}
+
+Rows EngineClient::Fetch(QVE_Rowset* rowset) const {
+    Rows result;
     if (!rowset) return result;
     struct Closer {
         QVE_Rowset* rowset;

@@ -52,10 +52,14 @@ public:
     EngineClient& operator=(const EngineClient&) = delete;
     /// Runs a statement and fetches all its rows. Throws EngineError.
     Rows Run(const std::string& statement);
+    /// The same of a text in the language of plans.
+    Rows RunPlan(const std::string& plan);
     QVE_Connection* Get() const { return m_connection; }
 
 private:
     void Check(QVE_Status status) const;
+    /// Fetches all rows and closes the rowset, which may be null.
+    Rows Fetch(QVE_Rowset* rowset) const;
 
     QVE_Connection* m_connection = nullptr;
 };

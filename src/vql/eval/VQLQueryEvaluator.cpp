@@ -1,7 +1,9 @@
 #include "vql/eval/VQLQueryEvaluator.h"
 
 #include "algebra/DataFlow.h"
+#include "algebra/plan/FormatNamespace.h"
 #include "metrics/Scope.h"
+#include "storage/Database.h"
 #include "storage/DatabaseFamily.h"
 #include "system/VQLException.h"
 #include "telemetry/LogEntry.h"
@@ -11,6 +13,7 @@
 #include "vql/VQLLowerAggregates.h"
 #include "vql/VQLLowerJoins.h"
 #include "vql/VQLLowerOrders.h"
+#include "vql/VQLMarkOrderedAggregates.h"
 #include "vql/VQLPushDownNullTypes.h"
 #include "vql/VQLQueryChecker.h"
 #include "vql/VQLQueryFormatter.h"
@@ -65,6 +68,12 @@ public:
     void LogStage(const char* name) { m_stages.LogStage(name, m_query); }
     void LogQuery(const char* title) const {
         if (m_detailed) LogEntry() << title << FormatQuery(m_query);
+    }
+    void LogPlan(const char* name, Namespace& plan, const Database* current) {
+        if (!m_stages && !m_detailed) return;
+        const std::wstring text = FormatNamespace::Do(plan, current);
+        m_stages.LogNote(name, text);
+        if (m_detailed) LogEntry() << "Query compiled:\n" << text;
     }
     void LogColumns(const char* name, const std::vector<VQLIdentifier>& columns) {
         if (!m_stages) return;
@@ -144,6 +153,10 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     VQLColumnMap columns;
     evaluation.Run("VQLUniquifyColumns", [&](Query query) { return VQLUniquifyColumns(factory, query, columns); });
     evaluation.LogColumns("top level column map", columns);
+    if (VQLQueryEvaluator::GetDefaultOrderedAggregates()) {
+        evaluation.Run("VQLMarkOrderedAggregates",
+                       [&](Query query) { return VQLMarkOrderedAggregates(spaces, VQLFunction::Table(), query); });
+    }
     evaluation.Run("VQLDeuniquifyColumns", [&](Query query) { return VQLDeuniquifyColumns(symbols, columns, query); });
 
     evaluation.Run("VQLRemoveTrivialProjectBindings",
@@ -153,8 +166,9 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     evaluation.LogQuery("Query optimized:\n");
 
     const RefCntPtr<Namespace> root = VQLQueryCompiler(m_databases)(evaluation.Get());
-    evaluation.LogStage("Compiled");
-    return MakeRef<ResultFlow>(StaticPtrCast<DataFlow>(root), ColumnTexts(outputs));
+    const RefCntPtr<Namespace> plan = MakeRef<ResultFlow>(StaticPtrCast<DataFlow>(root), ColumnTexts(outputs));
+    evaluation.LogPlan("Compiled", *plan, m_databases.GetDefaultDatabase().get());
+    return plan;
 }
 
 }  // namespace qve

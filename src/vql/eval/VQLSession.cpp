@@ -90,7 +90,7 @@ RefCntPtr<Table> VQLSession::Eval(const std::wstring& text, EvalTimers& timers) 
     return table;
 }
 
-RefCntPtr<Namespace> VQLSession::Exec(const RefCntPtr<VQLNode>& node) {
+VQLSession::Handler VQLSession::FindCommand(const RefCntPtr<VQLNode>& node) {
     static const Handlers commands{
         {L"connect", &VQLSession::ExecConnect},
         {L"create", &VQLSession::ExecCreate},
@@ -100,6 +100,7 @@ RefCntPtr<Namespace> VQLSession::Exec(const RefCntPtr<VQLNode>& node) {
         {L"unpackage", &VQLSession::ExecNotSupported},
         {L"show", &VQLSession::ExecShow},
         {L"describe", &VQLSession::ExecDescribe},
+        {L"explain", &VQLSession::ExecExplain},
         {L"sort", &VQLSession::ExecNotSupported},
         {L"pivot-table", &VQLSession::ExecNotSupported},
         {L"alter", &VQLSession::ExecNotSupported},
@@ -109,10 +110,15 @@ RefCntPtr<Namespace> VQLSession::Exec(const RefCntPtr<VQLNode>& node) {
     };
     const auto* list = dynamic_cast<const VQLListNode*>(node.get());
     if (!list) return nullptr;
-    const VQLCommandArguments args(list->GetNodes());
-    const std::wstring* word = args.Symbol(0);
+    const std::wstring* word = VQLCommandArguments(list->GetNodes()).Symbol(0);
     const auto command = word ? commands.find(*word) : commands.end();
-    return command == commands.end() ? nullptr : (this->*command->second)(args);
+    return command == commands.end() ? nullptr : command->second;
+}
+
+RefCntPtr<Namespace> VQLSession::Exec(const RefCntPtr<VQLNode>& node) {
+    const Handler command = FindCommand(node);
+    if (!command) return nullptr;
+    return (this->*command)(VQLCommandArguments(static_cast<const VQLListNode&>(*node).GetNodes()));
 }
 
 RefCntPtr<Namespace> VQLSession::ExecModifier(const VQLCommandArguments& args, const Handlers& handlers) {

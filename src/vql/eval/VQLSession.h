@@ -45,6 +45,9 @@ public:
     /// The plan of a statement, null for an empty text. Throws VQLException 48048 "must select a database" for a query
     /// when there is none, and whatever parsing, checking and compiling throw.
     RefCntPtr<Namespace> Prepare(const std::wstring& text);
+    /// The plan that a text in the language of plans stands for; null for an empty text. Throws VQLException 48046 "must
+    /// select a database" when there is none, and what NamespaceBuilder throws.
+    RefCntPtr<Namespace> Plan(const std::wstring& text);
     /// Runs a statement to its end: the built table of its rows, or null.
     RefCntPtr<Table> Eval(const std::wstring& text, EvalTimers& timers);
     /// The operator of a session command; null when the node is none.
@@ -54,11 +57,14 @@ private:
     using Handler = RefCntPtr<Namespace> (VQLSession::*)(const VQLCommandArguments&);
     using Handlers = std::unordered_map<std::wstring, Handler>;
 
+    /// Null when the node is no command.
+    static Handler FindCommand(const RefCntPtr<VQLNode>& node);
     RefCntPtr<Namespace> ExecConnect(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecCreate(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDrop(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecShow(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDescribe(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecExplain(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecSettingsCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecQuerybandCommand(const VQLCommandArguments& args);
     /// Commands that the language has and this server not yet.

@@ -16,6 +16,9 @@ inline constexpr int VQLQueryEvaluator_BadInput = 48034;
 inline constexpr int VQLSession_ConnectArguments = 48039;
 inline constexpr int VQLSession_ConnectLiteral = 48040;
 inline constexpr int VQLSession_ExecError = 48041;
+inline constexpr int VQLSession_ExplainCommand = 48037;  // "only queries have plans"
+inline constexpr int VQLSession_ExplainNeedsDatabase = 48038;
+inline constexpr int VQLSession_PlanNeedsDatabase = 48046;
 inline constexpr int VQLSession_ColumnDefinition = 48047;
 inline constexpr int VQLSession_NeedsDatabase = 48048;
 

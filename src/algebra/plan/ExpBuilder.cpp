@@ -1,0 +1,172 @@
+#include "algebra/plan/ExpBuilder.h"
+
+#include <set>
+
+#include "algebra/BooleanExp.h"
+#include "algebra/CaseExp.h"
+#include "algebra/CastExp.h"
+#include "algebra/ColumnExp.h"
+#include "algebra/ConstantExp.h"
+#include "algebra/DataExp.h"
+#include "algebra/LiteralAtom.h"
+#include "algebra/MakeCall.h"
+#include "algebra/Namespace.h"
+#include "algebra/QuantileExp.h"
+#include "algebra/plan/status.h"
+#include "primitives/primitive.h"
+#include "primitives/primitive_directory.h"
+#include "storage/Column.h"
+#include "system/VQLException.h"
+#include "types/usratom.h"
+#include "types/usrtype.h"
+#include "vql/syntax/VQLPropertyListParser.h"
+
+namespace qve {
+namespace {
+
+const std::wstring anonymous;
+
+// The operations that there are, each with its family.
+bool IsOperation(const wchar_t* klass, const std::wstring& op) {
+    static const auto operations = [] {
+        std::set<std::pair<std::wstring, std::wstring>> all;
+        for (const primitive* kernel : primitive::directory().all()) all.emplace(kernel->klass(), kernel->operation());
+        return all;
+    }();
+    return operations.contains({klass, op});
+}
+
+}  // namespace
+
+ExpBuilder::ExpBuilder(ContextType context, const Namespace& input)
+    : m_reader(status::ExpBuilder_Raise), m_input(input), m_context(context) {}
+
+void ExpBuilder::Raise(const wchar_t* text) const {
+    m_reader.Raise(text, m_node);
+}
+
+RefCntPtr<Exp> ExpBuilder::Build(ContextType context, const RefCntPtr<VQLNode>& node) {
+    const ContextType outerContext = std::exchange(m_context, context);
+    const RefCntPtr<VQLNode> outerNode = std::exchange(m_node, node);
+    node->Accept(*this);
+    m_context = outerContext;
+    m_node = outerNode;
+    return std::move(m_result);
+}
+
+Exp::Arguments ExpBuilder::BuildArguments(ContextType context, const Nodes& form) {
+    Exp::Arguments arguments;
+    for (size_t i = 1; i < form.size(); ++i) arguments.push_back(Build(context, form[i]));
+    return arguments;
+}
+
+void ExpBuilder::VisitSymbol(VQLSymbolNode&) {
+    Raise(L"unknown function");
+}
+
+void ExpBuilder::VisitLiteral(VQLLiteralNode& node) {
+    const usratom atom = AtomOfLiteral(node.GetLiteral(), {});
+    if (!atom.type()) Raise(L"unsupported literal type");
+    m_result = MakeRef<ConstantExp>(atom);
+}
+
+void ExpBuilder::VisitIdentifier(VQLIdentifierNode& node) {
+    const auto& components = node.GetIdentifier().GetComponents();
+    if (components.size() != 1) Raise(L"composite identifier in expression");
+    m_result = MakeRef<ColumnExp>(m_input.DescribeColumn(components.front().AsString()));
+}
+
+void ExpBuilder::VisitList(VQLListNode& node) {
+    const Nodes& form = node.GetNodes();
+    if (form.empty()) Raise(L"empty function call");
+    if (dynamic_cast<const VQLLiteralNode*>(form[0].get())) {
+        m_result = MakeRef<ConstantExp>(QualifiedLiteral(form));
+        return;
+    }
+    const auto* symbol = dynamic_cast<const VQLSymbolNode*>(form[0].get());
+    if (!symbol) Raise(L"missing function name");
+    RefCntPtr<Exp> exp = BuildForm(symbol->GetSymbol(), form);
+    m_result = exp ? std::move(exp) : BuildCall(symbol->GetSymbol(), form);
+}
+
+RefCntPtr<Exp> ExpBuilder::BuildForm(const std::wstring& word, const Nodes& form) {
+    const size_t arguments = form.size() - 1;
+    if (word == L"null") return MakeRef<ConstantExp>(Null(form));
+    if (word == L"values") return BuildValues(form);
+    if (word == CaseExp::opCase) {
+        if (arguments < 2) Raise(L"wrong number of arguments to case");
+        return MakeRef<CaseExp>(anonymous, BuildArguments(ContextType::map, form));
+    }
+    if (word == L"data") {
+        if (arguments != 1) Raise(L"wrong number of arguments to data");
+        return MakeRef<DataExp>(Build(ContextType::map, form[1]));
+    }
+    if (word == CastExp::opCast) {
+        if (arguments != 2) Raise(L"wrong number of arguments to cast");
+        RefCntPtr<Exp> value = Build(ContextType::map, form[1]);
+        return MakeRef<CastExp>(anonymous, std::move(value), Build(ContextType::map, form[2]));
+    }
+    if (word == BooleanExp::opAnd || word == BooleanExp::opOr) {
+        if (arguments < 2) Raise(L"missing argument");
+        const bool selects = m_context == ContextType::select && word == BooleanExp::opAnd;
+        return MakeRef<BooleanExp>(anonymous, word,
+                                   BuildArguments(selects ? ContextType::select : ContextType::map, form));
+    }
+    if (word == L"map" && m_context == ContextType::select) {
+        if (arguments != 1) Raise(L"missing argument");
+        return Build(ContextType::map, form[1]);
+    }
+    return nullptr;
+}
+
+RefCntPtr<Exp> ExpBuilder::BuildCall(const std::wstring& op, const Nodes& form) {
+    const ContextType context = m_context;
+    const wchar_t* klass = context == ContextType::aggregate ? primitive::klassAggregate
+                           : context == ContextType::select  ? primitive::klassSelect
+                                                             : primitive::klassMap;
+    const bool quantile = context == ContextType::aggregate && op == QuantileExp::opQuantile;
+    if (!quantile && !IsOperation(klass, op)) m_reader.Raise(L"unknown function (" + op + L")", m_node);
+    const Exp::Arguments arguments = BuildArguments(ContextType::map, form);
+    if (quantile) {
+        if (arguments.size() != 2) Raise(L"missing argument");
+        return MakeRef<QuantileExp>(anonymous, arguments[0], arguments[1]);
+    }
+    RefCntPtr<Exp> call = context == ContextType::aggregate ? MakeAggregateCall(op, arguments)
+                          : context == ContextType::select  ? MakeSelectCall(op, arguments)
+                                                            : MakeMapCall(op, arguments);
+    if (!call) Raise(L"missing argument");
+    return call;
+}
+
+usratom ExpBuilder::QualifiedLiteral(const Nodes& form) const {
+    if (form.size() != 2) Raise(L"unsupported literal type");
+    const usrprops properties = ParseVQLPropertyList(form[1], status::ExpBuilder_Raise);
+    const usratom plain = AtomOfLiteral(m_reader.Literal(form[0]), properties);
+    if (!plain.type()) Raise(L"unsupported literal type");
+    return CastConstant(*MakeRef<ConstantExp>(plain), properties)->GetValue();
+}
+
+usratom ExpBuilder::Null(const Nodes& form) const {
+    if (form.size() != 2) Raise(L"invalid null");
+    const usrtype* type = usrtype::resolve(ParseVQLPropertyList(form[1], status::ExpBuilder_Raise));
+    if (!type) Raise(L"invalid null type");
+    return type->null();
+}
+
+RefCntPtr<Exp> ExpBuilder::BuildValues(const Nodes& form) {
+    if (form.size() < 2) Raise(L"missing argument");
+    const Exp::Arguments constants = BuildArguments(ContextType::map, form);
+    RefCntPtr<ConstantExp> values;
+    for (const RefCntPtr<Exp>& constant : constants) {
+        const auto* value = dynamic_cast<const ConstantExp*>(constant.get());
+        if (!value) Raise(L"expected literal");
+        if (values) {
+            values->AddValue(value->GetValue());
+        } else {
+            values = MakeRef<ConstantExp>(value->GetValue());
+        }
+    }
+    return values;
+}
+
+}  // namespace qve

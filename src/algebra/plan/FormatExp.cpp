@@ -1,0 +1,94 @@
+#include "algebra/plan/FormatExp.h"
+
+#include "algebra/BooleanExp.h"
+#include "algebra/CaseExp.h"
+#include "algebra/CastExp.h"
+#include "algebra/ColumnExp.h"
+#include "algebra/ConstantExp.h"
+#include "algebra/DataExp.h"
+#include "algebra/LiteralAtom.h"
+#include "algebra/plan/absent_operator.h"
+#include "algebra/plan/format_properties.h"
+#include "storage/Column.h"
+#include "types/usrtype.h"
+#include "vql/syntax/FormatDataValue.h"
+#include "vql/syntax/VQLIdentifier.h"
+
+namespace qve {
+
+std::wstring FormatExp::Do(ContextType context, const RefCntPtr<Exp>& exp) {
+    FormatExp format(context);
+    exp->Accept(format);
+    return std::move(format.m_text);
+}
+
+void FormatExp::Call(const std::wstring& head, const Exp& exp, ContextType arguments) {
+    m_text += L"(" + head;
+    for (const RefCntPtr<Exp>& argument : exp.GetArguments()) m_text += L" " + Do(arguments, argument);
+    m_text += L")";
+}
+
+void FormatExp::VisitCaseExp(CaseExp& exp) {
+    Call(L"case", exp, ContextType::map);
+}
+void FormatExp::VisitCastExp(CastExp& exp) {
+    Call(L"cast", exp, ContextType::map);
+}
+void FormatExp::VisitDataExp(DataExp& exp) {
+    Call(L"data", exp, ContextType::map);
+}
+void FormatExp::VisitColumnExp(ColumnExp& exp) {
+    m_text += VQLIdentifier::UnquotedName(exp.GetColumnName());
+}
+
+void FormatExp::VisitConstantExp(ConstantExp& exp) {
+    if (exp.GetValueCount() == 1) return FormatAtom(exp.GetValue());
+    m_text += L"(values";
+    for (unsigned i = 0; i < exp.GetValueCount(); ++i) {
+        m_text += L' ';
+        FormatAtom(exp.GetValue(i));
+    }
+    m_text += L")";
+}
+
+// What a plain literal would be read as another type than it has comes with the properties of its type.
+void FormatExp::FormatAtom(const usratom& atom) {
+    const VQLDataValue value = LiteralOfAtom(atom);
+    if (value.IsNull()) {
+        m_text += L"(null " + format_properties(atom.type() ? atom.type()->properties() : usrprops()) + L")";
+    } else if (AtomOfLiteral(value, {}).type() == atom.type()) {
+        m_text += FormatDataValue(value);
+    } else {
+        m_text += L"(" + FormatDataValue(value) + L" " + format_properties(atom.type()->properties()) + L")";
+    }
+}
+
+void FormatExp::VisitPrimitiveExp(PrimitiveExp& exp) {
+    const std::wstring& op = exp.GetOperation();
+    if (op == BooleanExp::opAnd || op == BooleanExp::opOr) {
+        return Call(op, exp, op == BooleanExp::opAnd ? m_context : ContextType::map);
+    }
+    // A computed bit column where rows are to be selected.
+    const bool mapped = m_context == ContextType::select && exp.GetClass() == primitive::klassMap;
+    if (mapped) m_text += L"(map ";
+    Call(op, exp, ContextType::map);
+    if (mapped) m_text += L")";
+}
+
+void FormatExp::VisitCompressExp(CompressExp&) {
+    throw_absent_operator("CompressExp");
+}
+void FormatExp::VisitExpandExp(ExpandExp&) {
+    throw_absent_operator("ExpandExp");
+}
+void FormatExp::VisitHashExp(HashExp&) {
+    throw_absent_operator("HashExp");
+}
+void FormatExp::VisitLookupExp(LookupExp&) {
+    throw_absent_operator("LookupExp");
+}
+void FormatExp::VisitPartitionExp(PartitionExp&) {
+    throw_absent_operator("PartitionExp");
+}
+
+}  // namespace qve
