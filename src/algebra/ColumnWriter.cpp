@@ -1,6 +1,7 @@
 #include "algebra/ColumnWriter.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "primitives/column_kernels.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -28,8 +29,8 @@ void PutValues(const usrtype& type, unsigned count, const unsigned* selection, c
 
 }  // namespace
 
-ColumnWriter::ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings)
-    : m_source(std::move(source)), m_target(std::move(target)), m_encodings(encodings) {}
+ColumnWriter::ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings, Purpose purpose)
+    : m_source(std::move(source)), m_target(std::move(target)), m_encodings(encodings), m_purpose(purpose) {}
 
 ColumnWriter::~ColumnWriter() = default;
 
@@ -47,8 +48,13 @@ void ColumnWriter::AdoptFirstPage() {
             m_target->SetProperty(usrpropkey::storagewidth, std::to_wstring(m_source->GetTokenSize()));
         }
     }
-    m_factory = EncodingFactory::CreateFactory(m_encodings, *m_target);
+    MakeFactory();
     m_stream = m_target->GetData();
+}
+
+void ColumnWriter::MakeFactory() {
+    m_factory = m_purpose == Purpose::storage ? EncodingFactory::CreateStorageFactory(m_encodings, *m_target)
+                                              : EncodingFactory::CreateFactory(m_encodings, *m_target);
 }
 
 void ColumnWriter::UseOwnDictionary() {
@@ -63,12 +69,18 @@ void ColumnWriter::UseOwnDictionary() {
         row += count;
     }
     m_stream = m_target->GetData();
-    m_factory = EncodingFactory::CreateFactory(m_encodings, *m_target);
+    MakeFactory();
+    // What is copied here counts like what comes.
+    for (uint64_t row = 0, rows = m_target->GetCount(); row < rows;) {
+        const uint64_t count = m_target->Seek(row, 1);
+        m_factory->UpdateBuffer(count * m_target->GetTokenSize(), m_target->GetInput(0).data);
+        row += count;
+    }
     m_translated = MakeRef<Column>(m_target->GetProperties(), MakeRef<TempFileDataStream>(), m_target->GetDict());
     m_ownDictionary = true;
 }
 
-void ColumnWriter::BeginPage(unsigned, unsigned count, const unsigned* selection) {
+void ColumnWriter::BeginPage(unsigned count, const unsigned* selection) {
     if (!m_factory) AdoptFirstPage();
     if (!m_source->IsCompressed()) return;
     if (!m_ownDictionary &&
@@ -84,18 +96,21 @@ void ColumnWriter::TranslatePage(unsigned count, const unsigned* selection) {
     PutValues(*m_target->GetType(), count, selection, m_source->GetInput(0), m_translated->GetOutput(0));
 }
 
-void ColumnWriter::WritePage(unsigned count, const unsigned* selection) {
+void ColumnWriter::StagePage(unsigned count, const unsigned* selection) {
     const input_column page = m_ownDictionary ? m_translated->GetInput(0) : m_source->GetInput(0);
-    const void* cells = page.data;
+    m_staged.resize(count * page.width);
     if (selection && !m_ownDictionary) {
-        m_gathered.resize(count * page.width);
         unsigned char flags = 0;
         const input_column index{selection, nullptr, sizeof(unsigned), count, column_flags::not_null};
-        const output_column out{m_gathered.data(), nullptr, page.width, count, &flags};
+        const output_column out{m_staged.data(), nullptr, page.width, count, &flags};
         map_fetch_ulng_col_type_col(page.width)(count, out, index, page, nullptr);
-        cells = m_gathered.data();
+    } else {
+        std::memcpy(m_staged.data(), page.data, m_staged.size());
     }
-    m_stream = m_factory->AppendStream(m_stream, cells, count * page.width);
+}
+
+void ColumnWriter::WritePage() {
+    m_stream = m_factory->AppendStream(m_stream, m_staged.data(), m_staged.size());
 }
 
 void ColumnWriter::Finish() {
@@ -103,6 +118,9 @@ void ColumnWriter::Finish() {
     m_stream = m_factory->FinaliseStream(m_stream);
     m_target->SetData(m_stream);
     m_factory->ExtractMetadata(m_target);
+    if (m_purpose == Purpose::storage && !m_factory->MinimiseIntegerType(m_target)) {
+        m_factory->MinimiseTokenWidth(m_target);
+    }
     // What a dictionary knows of its values lets later queries work on tokens. Asking one that has no index would build
     // it, for several columns at once when they share the dictionary.
     const RefCntPtr<DataStream>& dictionary = m_target->GetDict();

@@ -1,6 +1,7 @@
 #include "algebra/FlowTable.h"
 
 #include <tbb/parallel_for.h>
+#include <tbb/task_group.h>
 
 #include <cstring>
 #include <memory>
@@ -24,8 +25,8 @@ static_assert(FlowTable::anyEncoding == EncodingFactory::Mask::All);
 static_assert(FlowTable::randomAccess == (EncodingFactory::Mask::FrameOfReference | EncodingFactory::Mask::Dictionary |
                                           EncodingFactory::Mask::Affine));
 
-FlowTable::FlowTable(RefCntPtr<DataFlow> source, uint64_t encodings)
-    : m_source(std::move(source)), m_encodings(encodings) {
+FlowTable::FlowTable(RefCntPtr<DataFlow> source, uint64_t encodings, ColumnWriter::Purpose purpose)
+    : m_source(std::move(source)), m_encodings(encodings), m_purpose(purpose) {
     if (!m_source) throw QVE_InvalidArgument(status::FlowTable_source, "FlowTable::m_source");
 }
 
@@ -82,35 +83,52 @@ uint64_t FlowTable::Build(unsigned pageSize) {
     if (m_built) return GetCount();
     LogScopeTime time("FlowTable::Build", 1.0);
 
-    std::vector<std::unique_ptr<ColumnWriter>> writers;
+    Writers writers;
     for (const std::wstring& name : GetColumnNames()) {
-        writers.push_back(std::make_unique<ColumnWriter>(m_source->GetColumn(name), GetColumn(name), m_encodings));
+        writers.push_back(
+            std::make_unique<ColumnWriter>(m_source->GetColumn(name), GetColumn(name), m_encodings, m_purpose));
     }
-    tbb::affinity_partitioner affinity;  // a column stays with its worker
-    while (const unsigned extent = m_source->Next(pageSize)) {
-        const unsigned count = m_source->GetSelectionCount();
-        if (count == 0) continue;
-        const unsigned* selection = m_source->GetSelection();
-        for (const auto& writer : writers) writer->BeginPage(extent, count, selection);
-        tbb::parallel_for(
-            tbb::blocked_range<size_t>(0, writers.size(), 1),
-            [&](const tbb::blocked_range<size_t>& range) {
-                for (size_t i = range.begin(); i != range.end(); ++i) writers[i]->WritePage(count, selection);
-            },
-            affinity);
-        m_count.store(GetCount() + count, std::memory_order_relaxed);
-    }
-    tbb::parallel_for(
-        tbb::blocked_range<size_t>(0, writers.size(), 1),
-        [&](const tbb::blocked_range<size_t>& range) {
-            for (size_t i = range.begin(); i != range.end(); ++i) writers[i]->Finish();
-        },
-        affinity);
+    WritePages(writers, pageSize);
 
     m_built = true;
     time.SetNumber(GetCount());
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) DescribeExecution();
     return GetCount();
+}
+
+void FlowTable::WritePages(const Writers& writers, unsigned pageSize) {
+    tbb::affinity_partitioner affinity;  // a column stays with its worker
+    const auto each = [&](auto work) {
+        tbb::parallel_for(
+            tbb::blocked_range<size_t>(0, writers.size(), 1),
+            [&](const tbb::blocked_range<size_t>& range) {
+                for (size_t i = range.begin(); i != range.end(); ++i) work(*writers[i]);
+            },
+            affinity);
+    };
+    unsigned extent = m_source->Next(pageSize);
+    while (extent > 0) {
+        const unsigned count = m_source->GetSelectionCount();
+        if (count == 0) {
+            extent = m_source->Next(pageSize);
+            continue;
+        }
+        const unsigned* const selection = m_source->GetSelection();
+        for (const auto& writer : writers) writer->BeginPage(count, selection);
+        each([&](ColumnWriter& writer) { writer.StagePage(count, selection); });
+        // The page is written while the source makes the next one.
+        tbb::task_group writing;
+        writing.run([&] { each([](ColumnWriter& writer) { writer.WritePage(); }); });
+        try {
+            extent = m_source->Next(pageSize);
+        } catch (...) {
+            writing.wait();
+            throw;
+        }
+        writing.wait();
+        m_count.store(GetCount() + count, std::memory_order_relaxed);
+    }
+    each([](ColumnWriter& writer) { writer.Finish(); });
 }
 
 void FlowTable::DescribeExecution() const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "algebra/ColumnWriter.h"
 #include "algebra/DataFlow.h"
 #include "algebra/Table.h"
 
@@ -18,7 +19,8 @@ public:
 
     /// `encodings` is the mask of encodings that the columns may take; 0 leaves them plain. Raises 40181 when `source`
     /// is null.
-    explicit FlowTable(RefCntPtr<DataFlow> source, uint64_t encodings = anyEncoding);
+    explicit FlowTable(RefCntPtr<DataFlow> source, uint64_t encodings = anyEncoding,
+                       ColumnWriter::Purpose purpose = ColumnWriter::Purpose::intermediate);
     ~FlowTable() override;
 
     void Accept(OperatorVisitor& visitor) override;
@@ -44,10 +46,13 @@ public:
     uint64_t GetEncodings() const { return m_encodings; }
 
 private:
+    using Writers = std::vector<std::unique_ptr<ColumnWriter>>;
+    void WritePages(const Writers& writers, unsigned pageSize);
     void DescribeExecution() const;
 
     const RefCntPtr<DataFlow> m_source;
     const uint64_t m_encodings;
+    const ColumnWriter::Purpose m_purpose;
     mutable ColumnMap m_columns;
     std::atomic<uint64_t> m_count{0};  // progress is asked for by other threads
     bool m_built = false;

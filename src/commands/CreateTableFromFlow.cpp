@@ -37,7 +37,7 @@ RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
     if (!table) {
         auto flow = DynamicPtrCast<DataFlow>(result);
         if (!flow) throw QVE_LogicError(status::CreateTableFromFlow_plan, "CreateTableFromFlow: no rows");
-        table = MakeRef<FlowTable>(std::move(flow));
+        table = MakeRef<FlowTable>(std::move(flow), FlowTable::anyEncoding, ColumnWriter::Purpose::storage);
     }
     table->Build(std::max(pageSize, load_page_size));
 

@@ -2,11 +2,15 @@
 
 #include <tbb/parallel_for.h>
 #include <tbb/partitioner.h>
+#include <tbb/task_group.h>
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "algebra/OperatorVisitor.h"
+#include "ingest/FieldSplitter.h"
+#include "ingest/TextChunk.h"
 #include "ingest/TextColumnNames.h"
 #include "ingest/TextFileDataStream.h"
 #include "ingest/TextFormatDetection.h"
@@ -24,7 +28,7 @@ namespace {
 
 constexpr size_t first_chunk = size_t{4} << 20;  // the sample
 constexpr size_t scan_chunk = size_t{1} << 20;   // stays in cache between splitting and parsing
-constexpr size_t largest_chunk = size_t{1} << 30;
+constexpr size_t largest_sample = size_t{64} << 20;
 
 const std::wstring header_yes = L"true";
 const std::wstring header_no = L"false";
@@ -33,6 +37,47 @@ const std::wstring header_no = L"false";
 
 struct TextScan::Partitioner {
     tbb::affinity_partitioner affinity;  // a column stays with its worker
+};
+
+/// Reads and splits the next chunk while another is parsed. It has the stream to itself.
+class TextScan::ReadAhead {
+public:
+    ReadAhead(DataStream& stream, const FieldSplitter& splitter, unsigned columns)
+        : m_stream(stream), m_splitter(splitter), m_columns(columns) {}
+    ~ReadAhead() { Stop(); }
+
+    /// Begins to read from `position` on.
+    void Start(uint64_t position) {
+        m_reading.run([this, position] {
+            m_found = m_chunk.Read(m_stream, position, m_size, m_splitter);
+            if (!m_found) return;
+            m_chunk.Arrange(m_columns);
+            m_size = std::max(m_size, m_chunk.GetSize());
+        });
+    }
+    /// Waits for the chunk and exchanges it for `chunk`; false at the end. Throws what the reading threw.
+    bool Take(TextChunk& chunk) {
+        if (m_reading.wait() == tbb::task_group_status::canceled) throw CancelledException();
+        if (m_found) std::swap(m_chunk, chunk);
+        return std::exchange(m_found, false);
+    }
+    /// Waits for what runs, whatever comes of it.
+    void Stop() noexcept {
+        try {
+            m_reading.wait();
+        } catch (...) {
+            m_found = false;  // nobody asked for this chunk
+        }
+    }
+
+private:
+    DataStream& m_stream;
+    const FieldSplitter& m_splitter;
+    const unsigned m_columns;
+    size_t m_size = scan_chunk;  // grows for good with the records
+    TextChunk m_chunk;
+    bool m_found = false;
+    tbb::task_group m_reading;
 };
 
 std::atomic<unsigned> TextScan::s_recordSeparatorScanLimit{8192};
@@ -49,7 +94,7 @@ TextScan::TextScan(RefCntPtr<DataStream> stream, std::vector<usrprops> columns, 
     : DataFlow(nullptr, {}),
       m_stream(std::move(stream)),
       m_properties(properties),
-      m_chunkSize(first_chunk),
+      m_chunk(std::make_unique<TextChunk>()),
       m_partitioner(std::make_unique<Partitioner>()) {
     const auto* file = dynamic_cast<const TextFileDataStream*>(m_stream.get());
     const TextSchemaCache::Key key{file, columns, properties};
@@ -73,6 +118,7 @@ TextScan::TextScan(RefCntPtr<DataStream> stream, std::vector<usrprops> columns, 
     m_hasHeader = m_properties.text(usrpropkey::header_row) == header_yes;
     m_columnCount = static_cast<unsigned>(m_schema.size());
     ShowColumns(wanted);
+    m_ahead = std::make_unique<ReadAhead>(*m_stream, *m_splitter, m_columnCount);
     ResetCursor();
 }
 
@@ -95,31 +141,16 @@ void TextScan::DetectFormat(const usrprops& given) {
     ValidateQuotes(sample, given, m_config, m_properties);
 }
 
-std::string_view TextScan::Field(unsigned record, unsigned place) const {
-    const TextFields fields = Fields(record, place);
-    // The first field has its delimiter at -1: this wraps to 0 in 32 bits only.
-    const unsigned begin = fields.begins[0] + 1;
-    return {m_text + begin, fields.ends[0] - begin};
-}
-
 void TextScan::DetectColumns(std::vector<usrprops> columns, const usrprops& given) {
     m_splitter = std::make_unique<FieldSplitter>(m_config);
-    // As many records as the sample needs, in one window.
-    for (m_chunkSize = first_chunk;; m_chunkSize *= 2) {
-        m_position = 0;
-        m_split.length = 0;
-        m_records = 0;
-        m_columnCount = 1;
-        if (!FindRows()) throw QVE_LogicError(status::TextScan_NoRows, "Text file has no rows");
-        const bool whole = m_stream->GetLimit() <= m_chunkSize;
-        if (whole || m_split.records.size() > sampleRecords || m_chunkSize >= (size_t{64} << 20)) break;
+    // As many records as the sample needs, in one chunk.
+    for (size_t size = first_chunk;; size *= 2) {
+        if (!m_chunk->Read(*m_stream, 0, size, *m_splitter)) {
+            throw QVE_LogicError(status::TextScan_NoRows, "Text file has no rows");
+        }
+        if (m_chunk->IsLast() || m_chunk->GetLines() > sampleRecords || size >= largest_sample) break;
     }
-    unsigned before = 0;
-    m_columnCount = 0;
-    for (const unsigned last : m_split.records) {
-        m_columnCount = std::max(m_columnCount, last - before);
-        before = last;
-    }
+    m_columnCount = m_chunk->CountColumns();
     // Columns that are described beyond the text's are empty throughout.
     m_columnCount = std::max(m_columnCount, static_cast<unsigned>(columns.size()));
     if (m_columnCount > maxColumns) {
@@ -128,9 +159,9 @@ void TextScan::DetectColumns(std::vector<usrprops> columns, const usrprops& give
                                    std::to_string(maxColumns) + "; is the field delimiter right?");
     }
     columns.resize(m_columnCount);
-    m_records = split_ragged_fields_char_col(m_text, m_split, m_columnCount, m_begins, m_ends);
-    m_ragged = true;
-    if (m_records == 0) throw QVE_LogicError(status::TextScan_NoRows, "Text file has no rows");
+    m_chunk->Arrange(m_columnCount);
+    const unsigned records = m_chunk->GetRecords();
+    if (records == 0) throw QVE_LogicError(status::TextScan_NoRows, "Text file has no rows");
 
     const auto choose = [&](unsigned first) {
         TextColumnParsers best(columns.size());
@@ -139,28 +170,28 @@ void TextScan::DetectColumns(std::vector<usrprops> columns, const usrprops& give
                 GetTypeParsers(m_config, m_properties, columns[place]),
                 [&](TextColumnParser& parser, unsigned from, unsigned count) {
                     parser.Reset(count);
-                    parser.Parse(count, 0, from, Fields(first + from, static_cast<unsigned>(place)));
+                    parser.Parse(count, 0, from, m_chunk->GetFields(first + from, static_cast<unsigned>(place)));
                 },
-                m_records - first);
+                records - first);
         });
         return best;
     };
-    TextColumnParsers best = choose(m_records > 1 ? 1 : 0);
+    TextColumnParsers best = choose(records > 1 ? 1 : 0);
     if (given.has(usrpropkey::header_row)) {
         m_hasHeader = given.text(usrpropkey::header_row) == header_yes;
     } else {
-        m_hasHeader = m_records > 1 && DetectHeader(best);
+        m_hasHeader = records > 1 && DetectHeader(best);
         m_properties.set(usrpropkey::header_row, m_hasHeader ? header_yes : header_no);
     }
-    if (m_hasHeader && m_records == 1) throw QVE_LogicError(status::TextScan_NoRows, "Text file has no rows");
-    if (!m_hasHeader && m_records > 1) best = choose(0);
+    if (m_hasHeader && records == 1) throw QVE_LogicError(status::TextScan_NoRows, "Text file has no rows");
+    if (!m_hasHeader && records > 1) best = choose(0);
 
     std::vector<std::wstring> headers(columns.size());
     for (unsigned place = 0; place < columns.size(); ++place) {
         if (columns[place].has(usrpropkey::name)) {
             headers[place] = columns[place].text(usrpropkey::name);
         } else if (m_hasHeader) {
-            headers[place] = ParseColumnName(Field(0, place), m_config);
+            headers[place] = ParseColumnName(m_chunk->GetField(0, place), m_config);
         }
     }
     const std::vector<TextColumnName> names = MakeColumnNames(headers);
@@ -183,7 +214,7 @@ bool TextScan::DetectHeader(const TextColumnParsers& best) const {
         if (best[place]->GetColumn()->IsCompressed()) continue;
         const RefCntPtr<TextColumnParser> probe = best[place]->Clone();
         probe->Reset(1);
-        probe->Parse(1, 0, 0, Fields(0, place));
+        probe->Parse(1, 0, 0, m_chunk->GetFields(0, place));
         if (probe->GetNonEmpty() == 0) continue;
         ++(probe->GetErrors() ? unlike : alike);
     }
@@ -192,23 +223,24 @@ bool TextScan::DetectHeader(const TextColumnParsers& best) const {
 }
 
 bool TextScan::HeaderByText() const {
+    const unsigned records = m_chunk->GetRecords();
     bool evidence = false;
     for (unsigned place = 0; place < m_columnCount; ++place) {
-        const std::string_view first = Field(0, place);
+        const std::string_view first = m_chunk->GetField(0, place);
         if (first.empty() || first == "\r") return false;  // a header has names
         bool repeated = false;
         bool oneLength = true;
         std::set<std::string_view> distinct;
-        const size_t length = Field(1, place).size();
-        for (unsigned record = 1; record < m_records && !repeated; ++record) {
-            const std::string_view value = Field(record, place);
+        const size_t length = m_chunk->GetField(1, place).size();
+        for (unsigned record = 1; record < records && !repeated; ++record) {
+            const std::string_view value = m_chunk->GetField(record, place);
             repeated = value == first;
             oneLength &= value.size() == length;
-            if (distinct.size() <= m_records / 2) distinct.insert(value);
+            if (distinct.size() <= records / 2) distinct.insert(value);
         }
         if (repeated) return false;
-        evidence |= oneLength && m_records > 2 && length != first.size();
-        evidence |= m_records > 4 && distinct.size() <= m_records / 2;
+        evidence |= oneLength && records > 2 && length != first.size();
+        evidence |= records > 4 && distinct.size() <= records / 2;
     }
     return evidence;
 }
@@ -234,12 +266,9 @@ std::wstring TextScan::GetPath() const {
 }
 
 void TextScan::ResetCursor() {
-    m_position = 0;
-    m_split.length = 0;
-    m_split.records.clear();
-    m_records = 0;
+    m_ahead->Stop();
+    *m_chunk = {};
     m_nextRecord = 0;
-    m_chunkSize = scan_chunk;
     m_started = false;
     m_cursor = 0;
     m_previousCursor = 0;
@@ -248,53 +277,25 @@ void TextScan::ResetCursor() {
 }
 
 bool TextScan::FindRows() {
-    m_position += m_split.length;
-    m_split.length = 0;
-    for (;; m_chunkSize *= 2) {
-        const uint64_t limit = m_stream->Seek(m_position, m_chunkSize + 1);
-        const bool final = limit <= m_chunkSize;
-        const size_t length = std::min<uint64_t>(limit, m_chunkSize);
-        m_text = length ? m_stream->GetInput(0) : "";
-        m_splitter->Split(m_text, length, final, m_split);
-        if (!m_split.records.empty()) break;
-        if (final || m_chunkSize >= largest_chunk) return false;
-    }
-    m_records = static_cast<unsigned>(m_split.records.size());
-    m_nextRecord = 0;
-    m_ragged = false;
-    for (unsigned record = 0; record < m_records && !m_ragged; ++record) {
-        m_ragged = m_split.records[record] != (record + 1) * m_columnCount;
-    }
-    if (m_ragged) {
-        m_records = split_ragged_fields_char_col(m_text, m_split, m_columnCount, m_begins, m_ends);
-    } else {
-        // One entry before the first makes each field begin at the delimiter before its own.
-        m_begins.resize(m_split.delimiters.size());
-        m_begins[0] = ~0U;
-        std::copy(m_split.delimiters.begin(), m_split.delimiters.end() - 1, m_begins.begin() + 1);
-    }
-    if (!m_started && m_hasHeader && m_records > 0) m_nextRecord = 1;
+    if (!m_started) m_ahead->Start(0);
+    if (!m_ahead->Take(*m_chunk)) return false;
+    m_ahead->Start(m_chunk->GetEnd());
+    m_nextRecord = !m_started && m_hasHeader && m_chunk->GetRecords() > 0 ? 1 : 0;
     m_started = true;
     return true;
-}
-
-TextFields TextScan::Fields(unsigned record, unsigned place) const {
-    const size_t first = size_t{record} * m_columnCount + place;
-    const std::vector<unsigned>& ends = m_ragged ? m_ends : m_split.delimiters;
-    return {m_text, m_begins.data() + first, ends.data() + first, m_columnCount};
 }
 
 unsigned TextScan::Next(unsigned pageSize) {
     m_previousCursor.store(GetCursor(), std::memory_order_relaxed);
     if (pageSize == 0) return SetPage(0);
     if (m_cancelled.load(std::memory_order_relaxed)) throw CancelledException();
-    while (m_nextRecord == m_records) {
+    while (m_nextRecord == m_chunk->GetRecords()) {
         if (!FindRows()) {
             ReportErrors();
             return SetPage(0);
         }
     }
-    const unsigned count = std::min(pageSize, m_records - m_nextRecord);
+    const unsigned count = std::min(pageSize, m_chunk->GetRecords() - m_nextRecord);
     const uint64_t row = GetCursor();
     tbb::parallel_for(
         tbb::blocked_range<size_t>(0, m_scanned.size(), 1),
@@ -302,13 +303,13 @@ unsigned TextScan::Next(unsigned pageSize) {
             for (size_t i = range.begin(); i != range.end(); ++i) {
                 TextColumnParser& parser = *m_scanned[i].parser;
                 parser.Reset(count);
-                parser.Parse(count, 0, row, Fields(m_nextRecord, m_scanned[i].place));
+                parser.Parse(count, 0, row, m_chunk->GetFields(m_nextRecord, m_scanned[i].place));
             }
         },
         m_partitioner->affinity);
     m_nextRecord += count;
     m_cursor.store(row + count, std::memory_order_relaxed);
-    m_textCursor.store(m_position + m_split.length, std::memory_order_relaxed);
+    m_textCursor.store(m_chunk->GetEnd(), std::memory_order_relaxed);
     return SetPage(count);
 }
 

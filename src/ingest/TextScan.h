@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "algebra/DataFlow.h"
-#include "ingest/FieldSplitter.h"
 #include "ingest/TextColumnParser.h"
 #include "types/parse_config.h"
 #include "types/usrprops.h"
@@ -15,10 +14,13 @@
 namespace qve {
 
 class DataStream;
+class FieldSplitter;
+class TextChunk;
 
 /// The records of a delimited text. What it is not told it finds out from the first 10,000 records or more: the
 /// character set, the delimiters, whether there is a header, the columns and their types. All columns of a page are
-/// parsed in parallel. A field that is no value of its column's type is null and counted; it never ends the scan.
+/// parsed in parallel, while the records behind them are read and split. A field that is no value of its column's type
+/// is null and counted; it never ends the scan.
 class TextScan : public DataFlow {
 public:
     /// How many records the types are found from, at the least.
@@ -64,6 +66,7 @@ public:
 
 private:
     struct Partitioner;
+    class ReadAhead;
     struct ScannedColumn {
         unsigned place;  // in the text
         RefCntPtr<TextColumnParser> parser;
@@ -75,10 +78,8 @@ private:
     bool HeaderByText() const;
     void ReportErrors() const;
     void ShowColumns(const ColumnNames& wanted);
-    /// Splits the next records; false at the end.
+    /// Makes the next records the ones at hand, and has those behind them read meanwhile; false at the end.
     bool FindRows();
-    TextFields Fields(unsigned record, unsigned place) const;
-    std::string_view Field(unsigned record, unsigned place) const;
     const ScannedColumn* Find(const std::wstring& name) const;
 
     RefCntPtr<DataStream> m_stream;
@@ -91,15 +92,9 @@ private:
     unsigned m_columnCount = 0;
     std::vector<ScannedColumn> m_scanned;
 
-    size_t m_chunkSize;
-    uint64_t m_position = 0;  // of the records at hand in the text
-    const char* m_text = nullptr;
-    SplitText m_split;
-    std::vector<unsigned> m_begins;
-    std::vector<unsigned> m_ends;
-    bool m_ragged = false;
-    unsigned m_records = 0;
+    std::unique_ptr<TextChunk> m_chunk;  // the records at hand
     unsigned m_nextRecord = 0;
+    std::unique_ptr<ReadAhead> m_ahead;
     bool m_started = false;
 
     std::unique_ptr<Partitioner> m_partitioner;

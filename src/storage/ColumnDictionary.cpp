@@ -2,28 +2,20 @@
 
 #include <algorithm>
 #include <cstring>
-#include <sstream>
 #include <vector>
 
 #include "primitives/column_kernels.h"
 #include "storage/Column.h"
+#include "storage/ToProperty.h"
 #include "storage/status.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
-#include "system/unicode.h"
 #include "types/builtin.h"
 #include "types/compaccel.h"
 
 namespace qve {
 
 namespace {
-
-std::wstring ToProperty(const usratom& atom) {
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    atom.type()->tostream(text, atom);
-    return widen(text.str());
-}
 
 /// Adds up how often each entry occurs; `tokens` are the tokens of the entries, ascending.
 template <class T>

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <optional>
 
 #include "metrics/Scope.h"
 #include "storage/AffineDataStream.h"
@@ -17,6 +18,7 @@
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "telemetry/LogEntry.h"
+#include "types/usrtype.h"
 
 namespace qve {
 
@@ -27,14 +29,47 @@ constexpr uint64_t sampleRows = 65536;
 constexpr unsigned minimalBlock = 32;
 constexpr unsigned maximalBlock = 1 << 20;
 
+std::optional<CellMeaning> MeaningOf(const Column& column) {
+    if (column.IsCompressed()) return CellMeaning::token;
+    switch (column.GetDataType()) {
+        case DataType::integer:
+            return CellMeaning::integer;
+        case DataType::date:
+        case DataType::datetime:
+        case DataType::duration:
+            return CellMeaning::moment;
+        case DataType::real:
+            return CellMeaning::real;
+        default:
+            return std::nullopt;
+    }
+}
+
+int64_t NullCell(const Column& column, CellMeaning meaning, unsigned width) {
+    if (meaning == CellMeaning::token) return -1;
+    const std::string_view null = column.GetType()->null_bytes();
+    return load_integer(null.data(), width);
+}
+
 }  // namespace
 
 std::unique_ptr<EncodingFactory> EncodingFactory::CreateFactory(uint64_t mask, const Column& column, unsigned block) {
+    if (column.GetDataType() == DataType::integer && !column.IsCompressed())
+        return CreateStorageFactory(mask, column, block);
+    return std::make_unique<EncodingFactory>(mask, block);
+}
+
+std::unique_ptr<EncodingFactory> EncodingFactory::CreateStorageFactory(uint64_t mask, const Column& column,
+                                                                       unsigned block) {
     const unsigned width = column.GetTokenSize();
-    if (column.GetDataType() != DataType::integer || column.IsCompressed() || !is_integer_width(width))
-        return std::make_unique<EncodingFactory>(mask, block);
+    const auto meaning = MeaningOf(column);
+    if (!meaning || !is_integer_width(width)) return std::make_unique<EncodingFactory>(mask, block);
+    // Only repetition can be seen in the bits of a real number.
+    if (*meaning == CellMeaning::real) mask &= Mask::RunLength | Mask::Dictionary | Mask::Affine;
     return with_width(width, [&](auto zero) -> std::unique_ptr<EncodingFactory> {
-        return std::make_unique<IntegerEncodingFactory<decltype(zero)>>(mask, block);
+        using T = decltype(zero);
+        return std::make_unique<IntegerEncodingFactory<T>>(mask, block, *meaning,
+                                                           static_cast<T>(NullCell(column, *meaning, width)));
     });
 }
 
@@ -52,6 +87,10 @@ RefCntPtr<DataStream> EncodingFactory::ChooseEncoding() const {
 void EncodingFactory::ExtractMetadata(const RefCntPtr<Column>&) {}
 
 bool EncodingFactory::MinimiseIntegerType(const RefCntPtr<Column>&) const {
+    return false;
+}
+
+bool EncodingFactory::MinimiseTokenWidth(const RefCntPtr<Column>&) const {
     return false;
 }
 

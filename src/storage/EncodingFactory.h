@@ -21,7 +21,7 @@ class EncodedDataStream;
 ///     factory->ExtractMetadata(column);
 ///
 /// The column begins as plain cells, is encoded once 65536 rows give a sample, and again whenever a value escapes the
-/// encoding. The base class is what columns get that are not integers: it appends plain cells.
+/// encoding. The base class is what columns get that are not encoded: it appends plain cells.
 class EncodingFactory {
 public:
     /// The bits of an encodings mask.
@@ -43,6 +43,10 @@ public:
     /// @param block values to a block; rounded up to a power of two of at least 32
     static std::unique_ptr<EncodingFactory> CreateFactory(uint64_t mask, const Column& column,
                                                           unsigned block = DefaultBlockLength);
+    /// A factory for a column that goes to a database, where size counts for more than the time to write it: it also
+    /// encodes tokens, dates and times, and reals by their bits, which all are cells of the same widths.
+    static std::unique_ptr<EncodingFactory> CreateStorageFactory(uint64_t mask, const Column& column,
+                                                                 unsigned block = DefaultBlockLength);
     EncodingFactory(uint64_t mask, unsigned block);
     virtual ~EncodingFactory();
     EncodingFactory(const EncodingFactory&) = delete;
@@ -58,6 +62,9 @@ public:
     /// Gives a column without `compression` the narrowest of tiny, short and long that holds its values, and its stream
     /// cells of that width. False when nothing was done. Call it after FinaliseStream.
     virtual bool MinimiseIntegerType(const RefCntPtr<Column>& column) const;
+
+    /// The same for the tokens of a dictionary that is complete: as narrow as its end allows.
+    virtual bool MinimiseTokenWidth(const RefCntPtr<Column>& column) const;
 
     /// Appends `bytes` of cells and returns the stream to use from now on; it holds all cells, whatever happened.
     RefCntPtr<DataStream> AppendStream(RefCntPtr<DataStream> stream, const void* data, uint64_t bytes);

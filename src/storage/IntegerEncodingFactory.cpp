@@ -11,6 +11,7 @@
 #include "storage/DictionaryDataStream.h"
 #include "storage/FORDataStream.h"
 #include "storage/RunLengthDataStream.h"
+#include "storage/ToProperty.h"
 #include "storage/bit_unpacking.h"
 #include "storage/integer_width.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -63,28 +64,29 @@ const wchar_t* narrower_type(T least, T greatest, unsigned& width) {
 }
 
 template <class To, class From>
-void narrow_cells(const char* cells, uint64_t count, std::vector<char>& out) {
-    constexpr From null = static_cast<From>(std::make_unsigned_t<From>{1} << (sizeof(From) * 8 - 1));
-    constexpr To narrowNull = static_cast<To>(std::make_unsigned_t<To>{1} << (sizeof(To) * 8 - 1));
+void narrow_cells(const char* cells, uint64_t count, CellMeaning meaning, std::vector<char>& out) {
+    constexpr From null = IntegerStatistics<From>::Lowest;
     out.resize(count * sizeof(To));
     for (uint64_t i = 0; i < count; ++i) {
         From cell;
         std::memcpy(&cell, cells + i * sizeof(From), sizeof(From));
-        const To value = cell == null ? narrowNull : static_cast<To>(cell);
+        // All ones stay all ones when they are cut.
+        const bool lost = meaning == CellMeaning::integer && cell == null;
+        const To value = lost ? IntegerStatistics<To>::Lowest : static_cast<To>(cell);
         std::memcpy(out.data() + i * sizeof(To), &value, sizeof(To));
     }
 }
 
 // The same values in narrower cells, encoded as they deserve.
 template <class To, class From>
-RefCntPtr<DataStream> copy_narrowed(DataStream& from, uint64_t mask, unsigned block) {
+RefCntPtr<DataStream> copy_narrowed(DataStream& from, uint64_t mask, unsigned block, CellMeaning meaning) {
     IntegerEncodingFactory<To> factory(mask, block);
     RefCntPtr<DataStream> target = MakeRef<TempFileDataStream>();
     std::vector<char> cells;
     for (uint64_t position = 0; position < from.GetSize();) {
         const uint64_t limit = from.Seek(position, std::min(from.GetSize() - position, uint64_t{1} << 16));
         const uint64_t bytes = std::min(limit, uint64_t{1} << 16) / sizeof(From) * sizeof(From);
-        narrow_cells<To, From>(from.GetInput(0), bytes / sizeof(From), cells);
+        narrow_cells<To, From>(from.GetInput(0), bytes / sizeof(From), meaning, cells);
         target = factory.AppendStream(target, cells.data(), cells.size());
         position += bytes;
     }
@@ -94,8 +96,8 @@ RefCntPtr<DataStream> copy_narrowed(DataStream& from, uint64_t mask, unsigned bl
 }  // namespace
 
 template <class T>
-IntegerEncodingFactory<T>::IntegerEncodingFactory(uint64_t mask, unsigned block)
-    : EncodingFactory(mask, block), m_statistics((mask & Mask::Dictionary) != 0) {}
+IntegerEncodingFactory<T>::IntegerEncodingFactory(uint64_t mask, unsigned block, CellMeaning meaning, T null)
+    : EncodingFactory(mask, block), m_meaning(meaning), m_statistics((mask & Mask::Dictionary) != 0, null) {}
 
 template <class T>
 void IntegerEncodingFactory<T>::UpdateBuffer(uint64_t bytes, const void* data) {
@@ -184,11 +186,18 @@ template <class T>
 void IntegerEncodingFactory<T>::ExtractMetadata(const RefCntPtr<Column>& column) {
     const IntegerStatistics<T>& s = m_statistics;
     if (s.GetCount() == 0) return;
-    if (s.HasValue()) {
-        column->SetProperty(usrpropkey::min_value, std::to_wstring(static_cast<long long>(s.GetMinimumValue())));
-        column->SetProperty(usrpropkey::max_value, std::to_wstring(static_cast<long long>(s.GetMaximum())));
-    }
     if (!s.HasNull()) column->SetProperty(usrpropkey::not_null, L"true");
+    if (m_meaning == CellMeaning::real || m_meaning == CellMeaning::token) return;
+    // Moments are unsigned: below 0 their order is another one.
+    if (m_meaning == CellMeaning::moment && s.HasValue() && s.GetMinimumValue() < 0) return;
+    if (s.HasValue()) {
+        const usrtype* const type = column->GetType();
+        const auto text = [&](T value) {
+            return ToProperty(usratom(type, reinterpret_cast<char*>(&value), sizeof(T)));
+        };
+        column->SetProperty(usrpropkey::min_value, text(s.GetMinimumValue()));
+        column->SetProperty(usrpropkey::max_value, text(s.GetMaximumValue()));
+    }
     if (s.IsAscending() || s.IsDescending()) {
         column->SetProperty(usrpropkey::ordered, s.IsAscending() ? L"asc" : L"desc");
         if (s.IsStrict()) column->SetProperty(usrpropkey::unique, L"true");
@@ -200,36 +209,54 @@ void IntegerEncodingFactory<T>::ExtractMetadata(const RefCntPtr<Column>& column)
 }
 
 template <class T>
-bool IntegerEncodingFactory<T>::MinimiseIntegerType(const RefCntPtr<Column>& column) const {
-    if (column->HasProperty(usrpropkey::compression) || !m_statistics.HasValue()) return false;
-    unsigned width = 0;
-    const wchar_t* name = narrower_type(m_statistics.GetMinimumValue(), m_statistics.GetMaximum(), width);
-    if (!name) return false;
-
-    RefCntPtr<DataStream> stream = column->GetData();
+RefCntPtr<DataStream> IntegerEncodingFactory<T>::Narrow(RefCntPtr<DataStream> stream, const usrtype* type,
+                                                        unsigned width) const {
     EncodedDataStream* encoded = GetEncodingStream(stream.get());
-    const usrtype* type = builtin::primitive_type(name);
     const auto atom = [&](int64_t value) {
         char bytes[8];
         store_integer(bytes, width, value);
         return usratom(type, bytes, width);
     };
-    // A null would have to become another number: the packed forms know it as a number only.
-    const bool inPlace = !m_statistics.HasNull();
+    // The null of an integer would have to become another number: the packed forms know it as a number only.
+    const bool inPlace = m_meaning == CellMeaning::token || !m_statistics.HasNull();
     if (auto* frame = dynamic_cast<FORDataStream*>(encoded); frame && inPlace) {
         frame->SetBase(atom(frame->GetBase()));
-    } else if (auto* line = dynamic_cast<AffineDataStream*>(encoded); line && inPlace) {
-        line->SetBase(atom(line->GetFirst()));
-    } else {
-        stream = with_width(width, [&](auto zero) -> RefCntPtr<DataStream> {
-            using To = decltype(zero);
-            if constexpr (sizeof(To) < sizeof(T))
-                return copy_narrowed<To, T>(*stream, GetMask(), GetBlockLength());
-            else
-                return stream;
-        });
+        return stream;
     }
+    if (auto* line = dynamic_cast<AffineDataStream*>(encoded); line && inPlace) {
+        line->SetBase(atom(line->GetFirst()));
+        return stream;
+    }
+    return with_width(width, [&](auto zero) -> RefCntPtr<DataStream> {
+        using To = decltype(zero);
+        if constexpr (sizeof(To) < sizeof(T))
+            return copy_narrowed<To, T>(*stream, GetMask(), GetBlockLength(), m_meaning);
+        else
+            return stream;
+    });
+}
+
+template <class T>
+bool IntegerEncodingFactory<T>::MinimiseIntegerType(const RefCntPtr<Column>& column) const {
+    if (m_meaning != CellMeaning::integer || !m_statistics.HasValue()) return false;
+    if (column->HasProperty(usrpropkey::compression)) return false;
+    unsigned width = 0;
+    const wchar_t* name = narrower_type(m_statistics.GetMinimumValue(), m_statistics.GetMaximumValue(), width);
+    if (!name) return false;
+    const usrtype* const type = builtin::primitive_type(name);
+    const RefCntPtr<DataStream> stream = Narrow(column->GetData(), type, width);
     column->SetType(type);
+    column->SetData(stream);
+    return true;
+}
+
+template <class T>
+bool IntegerEncodingFactory<T>::MinimiseTokenWidth(const RefCntPtr<Column>& column) const {
+    if (m_meaning != CellMeaning::token || !column->GetHeap()) return false;
+    const unsigned width = column->GetMinimalTokenSize();
+    if (width >= sizeof(T)) return false;
+    const RefCntPtr<DataStream> stream = Narrow(column->GetData(), column->GetType(), width);
+    column->SetProperty(usrpropkey::storagewidth, std::to_wstring(width));
     column->SetData(stream);
     return true;
 }

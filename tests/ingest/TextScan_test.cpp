@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 
 #include "storage/Column.h"
@@ -61,6 +62,8 @@ protected:
         }
         return text.str();
     }
+
+    void Truncate(uintmax_t size) { std::filesystem::resize_file(m_path, size); }
 
 private:
     std::filesystem::path m_path;
@@ -132,6 +135,63 @@ TEST_F(TextScanTest, ReadsAgainFromTheStart) {
     EXPECT_EQ(Rows(*scan), "1\n2\n3\n");
     scan->ResetCursor();
     EXPECT_EQ(Rows(*scan, 1), "1\n2\n3\n");
+}
+
+// Chunks end anywhere: within quotes, between the two characters of a line end, in empty and in short records.
+TEST_F(TextScanTest, ReadsOnAcrossTheBordersOfChunks) {
+    std::mt19937_64 random(3);
+    std::string text = "id,note,x\r\n";
+    std::string expected;
+    for (unsigned i = 0; text.size() < 5'000'000; ++i) {
+        const std::string note(random() % 60, static_cast<char>('a' + i % 26));
+        const std::string x = std::to_string(random() % 1000);
+        switch (random() % 6) {
+            case 0:
+                text += fmt::format("{},\"{}, \"\"\r\n{}\",{}\r\n", i, note, note, x);
+                expected += fmt::format("{} '{}, \"\\r\\n{}' {}\n", i, note, note, x);
+                break;
+            case 1:
+                text += fmt::format("{}\r\n\r\n", i);
+                expected += fmt::format("{} NULL NULL\n", i);
+                break;
+            default:
+                text += fmt::format("{},n{},{}\r\n", i, note, x);
+                expected += fmt::format("{} 'n{}' {}\n", i, note, x);
+        }
+    }
+    text.resize(text.size() - 2);  // the last record ends with the text
+    const auto scan = Open(text);
+    for (const unsigned pageSize : {1000u, 100'000u, 1u}) {
+        const std::string rows = Rows(*scan, pageSize);
+        ASSERT_EQ(rows.size(), expected.size());
+        ASSERT_TRUE(rows == expected) << pageSize;
+        EXPECT_EQ(scan->Next(1), 0u) << "the end is the end ever after";
+        EXPECT_EQ(scan->GetTextCursor(), text.size());
+        scan->ResetCursor();
+    }
+    // Back to the start with a chunk on its way.
+    EXPECT_EQ(scan->Next(10), 10u);
+    scan->ResetCursor();
+    EXPECT_TRUE(Rows(*scan, 5000) == expected);
+}
+
+TEST_F(TextScanTest, ReadsRecordsThatAreLongerThanAChunk) {
+    std::string text = "n,long\n";
+    std::string expected;
+    for (unsigned i = 0; i < 6; ++i) {
+        const std::string line(i % 2 ? 1'300'000 : 10, static_cast<char>('a' + i));
+        text += fmt::format("{},\"{}\n{}\"\n", i, line, line);
+        expected += fmt::format("{} '{}\\n{}'\n", i, line, line);
+    }
+    EXPECT_TRUE(Rows(*Open(text)) == expected);
+}
+
+TEST_F(TextScanTest, ATextThatShrinksWhileItIsReadIsAnError) {
+    std::string text = "n\n";
+    for (unsigned i = 0; text.size() < 12'000'000; ++i) text += std::to_string(i) + "\n";
+    const auto scan = Open(text);
+    Truncate(6'000'000);
+    EXPECT_THROW(while (scan->Next(10'000)){}, QVE_RuntimeError);
 }
 
 TEST_F(TextScanTest, RefusesWhatIsNoTable) {

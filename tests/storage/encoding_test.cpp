@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <bit>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -282,6 +283,74 @@ TEST_F(EncodingTest, ColumnsThatAreNotPlainIntegersAreNeverEncoded) {
     odd.set(usrpropkey::size, L"3");
     const auto column = MakeRef<Column>(odd, MakeRef<TempFileDataStream>());
     EXPECT_EQ(EncodingFactory::CreateFactory(Mask::All, *column)->ChooseEncoding(), nullptr);
+}
+
+// What goes to a database: every kind of cell, with its own null.
+TEST_F(EncodingTest, StoredColumnsOfAllKindsAreEncoded) {
+    std::mt19937_64 random(16);
+    struct Case {
+        const wchar_t* type;
+        const wchar_t* encoding;
+        int64_t null;
+        std::function<int64_t(int64_t row)> value;
+        const wchar_t* least;
+    };
+    const auto bits = [](double value) { return std::bit_cast<int64_t>(value); };
+    const std::vector<Case> cases = {
+        {L"date", L"for", -1, [&](int64_t) { return 2458120 + static_cast<int64_t>(random() % 900); }, L"2018-01-02"},
+        {L"date", L"rle", -1, [](int64_t row) { return 2458120 + row / 500; }, L"2018-01-02"},
+        {L"datetime", L"affine", -1, [](int64_t row) { return row * 864000000; }, nullptr},
+        {L"double", L"dict", static_cast<int64_t>(datatraits<double>::null_bits),
+         [&](int64_t) { return bits(static_cast<double>(random() % 11) / 100); }, nullptr},
+        {L"double", L"none", static_cast<int64_t>(datatraits<double>::null_bits),
+         [&](int64_t) { return bits(static_cast<double>(random()) / 7); }, nullptr},
+    };
+    for (const Case& c : cases) {
+        for (const bool withNulls : {false, true}) {
+            const auto column = MakeRef<Column>(builtin::primitive_props(c.type), MakeRef<TempFileDataStream>());
+            const unsigned width = column->GetTokenSize();
+            std::vector<int64_t> values(100000);
+            for (size_t row = 0; row < values.size(); ++row) values[row] = c.value(static_cast<int64_t>(row));
+            if (withNulls) values[77777] = c.null;
+            const auto factory = EncodingFactory::CreateStorageFactory(Mask::All, *column);
+            const auto stream = Write(*factory, cells_of(values, width), width, random);
+            if (!withNulls) {
+                EXPECT_EQ(EncodingFactory::GetEncodingType(stream.get()), c.encoding) << c.type;
+            }
+            ASSERT_EQ(contents(*stream, width), cells_of(values, width));
+            column->SetData(stream);
+            factory->ExtractMetadata(column);
+            EXPECT_EQ(column->HasProperty(usrpropkey::not_null), !withNulls);
+            if (c.least) {
+                EXPECT_EQ(column->GetProperties().text(usrpropkey::min_value), c.least);
+            }
+            EXPECT_FALSE(factory->MinimiseIntegerType(column));
+        }
+    }
+}
+
+TEST_F(EncodingTest, TokensOfAStoredColumnAreNarrowedAndEncoded) {
+    std::mt19937_64 random(17);
+    for (const size_t distinct : {3u, 40u, 3000u}) {
+        std::vector<std::string> texts;
+        for (size_t i = 0; i < 70000; ++i) {
+            const size_t n = random() % (distinct + 1);
+            texts.push_back(n == distinct ? "" : "value " + std::to_string(n));
+        }
+        const auto column = MakeTexts(texts);
+        for (size_t i = 0; i < texts.size(); i += 991) {
+            column->Seek(i, 1);
+            column->GetType()->put(column->GetOutput(), 0, column->GetType()->null());
+        }
+        const std::vector<std::string> rows = Rows(*column);
+        const std::string cells = contents(*column->GetData(), 8);
+        const auto factory = EncodingFactory::CreateStorageFactory(Mask::All, *column);
+        column->SetData(Write(*factory, cells, 8, random));
+        EXPECT_TRUE(factory->MinimiseTokenWidth(column));
+        EXPECT_EQ(column->GetTokenSize(), distinct == 3 ? 1u : 2u);
+        EXPECT_TRUE(column->HasProperty(usrpropkey::encoding));
+        EXPECT_EQ(Rows(*column), rows);
+    }
 }
 
 // A column changes its ways after the sample: each time all rows must survive the move.
