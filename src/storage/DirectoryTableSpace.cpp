@@ -1,5 +1,8 @@
 #include "storage/DirectoryTableSpace.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "os/OS.h"
 #include "os/Path.h"
 #include "storage/status.h"
@@ -84,22 +87,57 @@ bool DirectoryTableSpace::isdir(const std::wstring& path) const {
 }
 
 RefCntPtr<DataStream> DirectoryTableSpace::open(const std::wstring& path, bool writable) {
-    const auto known = m_files.find(path);
-    if (known != m_files.end() && known->second->IsWritable() == writable) {
-        return FileDataStream::OpenStream(known->second, 0, known->second->GetSize());
+    auto known = m_files.find(path);
+    if (known != m_files.end()) {
+        OpenFile& open = known->second;
+        // One that was cut short by someone else must not be touched beyond its end.
+        const bool same =
+            open.file->IsWritable() == writable && (!open.mapped || open.file->UpdateSize() == open.mapped->GetSize());
+        if (!same) {
+            close(path);
+            known = m_files.end();
+        }
     }
-    if (known != m_files.end()) close(path);
-    auto file = MakeRef<DataFile>(Resolve(path), writable);
-    auto stream = FileDataStream::OpenStream(file, 0, file->GetSize());
-    m_files[path] = std::move(file);
-    return stream;
+    if (known == m_files.end()) {
+        known = m_files.emplace(path, OpenFile{MakeRef<DataFile>(Resolve(path), writable), nullptr}).first;
+    }
+    OpenFile& open = known->second;
+    open.lastUse = ++m_uses;
+    if (writable) return FileDataStream::OpenStream(open.file, 0, open.file->GetSize());
+    return open.mapped ? open.mapped->Fork(true) : Map(open);
+}
+
+RefCntPtr<DataStream> DirectoryTableSpace::Map(OpenFile& open) {
+    constexpr uint64_t most = uint64_t{2} << 30;  // bytes that stay mapped, all files together
+    RefCntPtr<DataStream> stream = FileDataStream::OpenStream(open.file, 0, open.file->GetSize());
+    const uint64_t size = stream->GetSize();
+    if (size > most) return stream;
+    if (size > stream->GetPageLimit()) {
+        stream->SetPageLimit(size);
+        stream->Seek(0, size);
+    }
+    uint64_t mapped = size;
+    std::vector<OpenFile*> others;
+    for (auto& [path, other] : m_files) {
+        if (!other.mapped) continue;
+        mapped += other.mapped->GetSize();
+        others.push_back(&other);
+    }
+    std::sort(others.begin(), others.end(), [](auto a, auto b) { return a->lastUse < b->lastUse; });
+    for (OpenFile* other : others) {
+        if (mapped <= most) break;
+        mapped -= other->mapped->GetSize();
+        other->mapped.reset();
+    }
+    open.mapped = stream;
+    return stream->Fork(true);
 }
 
 void DirectoryTableSpace::close(const std::wstring& path) {
     const auto known = m_files.find(path);
     if (known == m_files.end()) return;
     // Much of what a transaction writes is replaced before its end, so nothing is brought to the disk before closeall.
-    if (known->second->IsWritable()) m_written.insert(path);
+    if (known->second.file->IsWritable()) m_written.insert(path);
     m_files.erase(known);
 }
 

@@ -28,19 +28,31 @@ public:
     bool isfile(const std::wstring& path) const override;
     bool isdir(const std::wstring& path) const override;
     /// Streams of one path share one open file; each has a window of its own and sees the size that the file has now.
+    /// Files that are read stay mapped, and keep the index of a dictionary, until they are closed or others need the
+    /// room: the next statement then finds their pages in place.
     RefCntPtr<DataStream> open(const std::wstring& path, bool writable) override;
     void close(const std::wstring& path) override;
     void closeall() override;
 
 private:
+    struct OpenFile {
+        RefCntPtr<DataFile> file;
+        RefCntPtr<DataStream> mapped;  // what readers get forks of; may be null
+        uint64_t lastUse = 0;
+    };
+
     std::wstring Resolve(const std::wstring& path) const;
     /// Notes that the entries of the path's directory changed, and have to reach the disk.
     void Touched(const std::wstring& path);
 
+    /// Maps a file that is open for reading, and lets go of those that nobody used for longest.
+    RefCntPtr<DataStream> Map(OpenFile& open);
+
     mutable std::wstring m_root;
-    std::map<std::wstring, RefCntPtr<DataFile>> m_files;  // open files by the path as given
-    std::set<std::wstring> m_written;                     // files written since the last closeall, and closed
-    std::set<std::wstring> m_changed;                     // directories whose entries changed since the last closeall
+    std::map<std::wstring, OpenFile> m_files;  // by the path as given
+    std::set<std::wstring> m_written;          // files written since the last closeall, and closed
+    std::set<std::wstring> m_changed;          // directories whose entries changed since the last closeall
+    uint64_t m_uses = 0;
 };
 
 }  // namespace qve

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 
 #include "storage/DirectoryTableSpace.h"
 #include "storage/MaterialisedTableSpace.h"
@@ -130,6 +131,24 @@ TEST_F(TableSpaceTest, EachOpeningOfADirectoryHasAWindowOfItsOwn) {
     EXPECT_EQ(*second->GetInput(0), '2');
     space.unlink(L"f");
     EXPECT_EQ(*first->GetInput(0), '7');  // a file in use lives on
+}
+
+// Files stay mapped between readers, but nobody reads what is no longer there.
+TEST_F(TableSpaceTest, AMappedFileIsReadAsItIsNow) {
+    DirectoryTableSpace space(m_directory);
+    space.create(L"f");
+    Write(space, L"f", std::string(200000, 'a'));
+    const auto held = space.open(L"f", false);
+    EXPECT_EQ(Read(space, L"f"), std::string(200000, 'a'));
+    std::filesystem::resize_file(Path::utf8path(In(L"f")), 100);
+    EXPECT_EQ(Read(space, L"f"), std::string(100, 'a'));
+    Write(space, L"f", "other");
+    EXPECT_EQ(Read(space, L"f").substr(0, 5), "other");
+    space.unlink(L"f");
+    EXPECT_NE(StatusOf([&] { space.open(L"f", false); }), 0);
+    space.create(L"f");
+    Write(space, L"f", "again");
+    EXPECT_EQ(Read(space, L"f").substr(0, 5), "again");
 }
 
 TEST_F(TableSpaceTest, MemoryHandsOutTheOneStream) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 #include "metrics/Scope.h"
@@ -22,6 +23,8 @@ struct FileDataStream::StreamState : RefCntObject {
     uint64_t end;       // behind the logical last byte
     uint64_t capacity;  // behind the allocated last byte
     bool writable;
+    std::mutex acceleratorMutex;
+    RefCntPtr<StreamAccelerator> accelerator;
 };
 
 namespace {
@@ -169,7 +172,28 @@ uint64_t FileDataStream::Purge() {
 RefCntPtr<DataStream> FileDataStream::Fork(bool) {
     RefCntPtr<FileDataStream> fork(new FileDataStream(m_state));
     CopyIdentity(*fork);
+    if (!m_state->writable) {
+        // What is mapped for reading serves all: its pages need not be brought in for each fork anew.
+        fork->m_mapped = m_mapped;
+        fork->m_address = m_address;
+        fork->m_windowBegin = m_windowBegin;
+        fork->m_windowEnd = m_windowEnd;
+    }
     return fork;
+}
+
+StreamAccelerator* FileDataStream::GetAccelerator() const {
+    if (!m_accelerator) {
+        std::lock_guard lock(m_state->acceleratorMutex);
+        m_accelerator = m_state->accelerator;
+    }
+    return m_accelerator.get();
+}
+
+void FileDataStream::SetAccelerator(RefCntPtr<StreamAccelerator> accelerator) {
+    std::lock_guard lock(m_state->acceleratorMutex);
+    m_state->accelerator = accelerator;
+    m_accelerator = std::move(accelerator);
 }
 
 bool FileDataStream::CanExtend() const {

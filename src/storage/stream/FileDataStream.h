@@ -7,7 +7,8 @@
 namespace qve {
 
 /// A stream over a part of a file, read and written through a mapped window. Forks share the file and its growth, each
-/// with a window of its own. A full disk shows when the stream grows, as status 100, and never when it is written to.
+/// with a window of its own; that of a fork for reading begins as its parent's. A full disk shows when the stream
+/// grows, as status 100, and never when it is written to.
 class FileDataStream final : public DataStream {
 public:
     /// A stream over `size` bytes of `file` from `begin`, writable as the file is. This is the way to read a DataFile.
@@ -36,6 +37,9 @@ public:
     void Append(DataStream& from) override;
     void Append(const void* bytes, uint64_t count) override;
     bool Rename(const std::wstring& path) override;
+    /// Forks share one index, whichever of them it was built for. It lives as long as one of them.
+    StreamAccelerator* GetAccelerator() const override;
+    void SetAccelerator(RefCntPtr<StreamAccelerator> accelerator) override;
 
 private:
     struct StreamState;
@@ -53,6 +57,8 @@ private:
     char* m_address = nullptr;  // of m_windowBegin
     char m_noBytes = 0;         // what GetInput and GetOutput point to while the window is empty
     RefCntPtr<MappedFile> m_mapped;
+    // The common one as this stream has seen it: another fork may exchange that while this one is in use.
+    mutable RefCntPtr<StreamAccelerator> m_accelerator;
 };
 
 }  // namespace qve

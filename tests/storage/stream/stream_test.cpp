@@ -438,14 +438,30 @@ TEST_F(StreamTest, BothSidesOfATemporaryForkSeeTheSameBytes) {
 }
 
 TEST_F(StreamTest, AnAcceleratorStaysWithTheStreamThatMovesToAFile) {
-    class Index : public StreamAccelerator {};
-    const auto stream = MakeRef<TempFileDataStream>();
-    stream->SetAccelerator(MakeRef<Index>());
+    class Index : public StreamAccelerator {
+    public:
+        explicit Index(int& alive) : m_alive(alive) { ++m_alive; }
+        ~Index() override { --m_alive; }
+
+    private:
+        int& m_alive;
+    };
+    int alive = 0;
+    RefCntPtr<DataStream> stream = MakeRef<TempFileDataStream>();
+    stream->SetAccelerator(MakeRef<Index>(alive));
     const StreamAccelerator* const index = stream->GetAccelerator();
-    stream->SwitchToFile();
+    stream->Purge();
     EXPECT_EQ(stream->GetAccelerator(), index);
-    EXPECT_EQ(stream->Fork(true)->GetAccelerator(), index);
-    EXPECT_EQ(index->GetRefCount(), 1u);
+    RefCntPtr<DataStream> fork = stream->Fork(true);
+    EXPECT_EQ(fork->GetAccelerator(), index);
+    // One that is made for a fork serves all, and the one in use lives on.
+    const RefCntPtr<DataStream> third = stream->Fork(true);
+    fork->SetAccelerator(MakeRef<Index>(alive));
+    EXPECT_EQ(third->GetAccelerator(), fork->GetAccelerator());
+    EXPECT_EQ(stream->GetAccelerator(), index);
+    EXPECT_EQ(alive, 2);
+    stream.reset();
+    EXPECT_EQ(alive, 1);
 }
 
 // A temporary that finds no room keeps what it has: the statement fails, and nothing else.
