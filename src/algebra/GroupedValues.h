@@ -1,73 +1,96 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <vector>
 
+#include "os/ZeroedMemory.h"
+
 namespace qve {
 
-/// Values of 8 bytes, each with the number of a group, in the order in which they came. Held in memory in pieces, so
-/// that growing moves nothing.
+/// Values, each with the number of a group, in the order in which they came. Held in memory in pieces, so that growing
+/// moves nothing. While all values are of group 0, numbers are not kept.
 template <class T>
 class GroupedValues {
 public:
-    static constexpr unsigned pieceSize = 1u << 16;
-
     uint64_t GetCount() const { return m_count; }
 
-    /// Room for values at the end, as many as the span has; they count once `Commit` says how many were written.
+    /// Room for values at the end, and with `grouped` for their numbers too, where it is null otherwise. They count
+    /// once `Commit` says how many were written.
     struct Room {
         std::span<T> values;
-        std::span<unsigned> groups;
+        unsigned* groups;
     };
-    Room Reserve() {
-        if (m_count == uint64_t{pieceSize} * m_pieces.size()) m_pieces.push_back(std::make_unique<Piece>());
-        Piece& piece = *m_pieces.back();
-        const auto used = static_cast<unsigned>(m_count - uint64_t{pieceSize} * (m_pieces.size() - 1));
-        return {std::span(piece.values).subspan(used), std::span(piece.groups).subspan(used)};
+    Room Reserve(bool grouped) {
+        if (grouped && !m_grouped) KeepGroups();
+        if (m_pieces.empty() || m_pieces.back().count == m_pieces.back().capacity) AddPiece();
+        Piece& piece = m_pieces.back();
+        return {std::span(piece.Values() + piece.count, piece.capacity - piece.count),
+                m_grouped ? piece.Groups() + piece.count : nullptr};
     }
-    void Commit(size_t count) { m_count += count; }
+    void Commit(uint64_t count) {
+        m_pieces.back().count += count;
+        m_count += count;
+    }
 
     /// All values, whatever their groups.
     std::vector<std::span<const T>> GetPieces() const {
         std::vector<std::span<const T>> pieces;
-        for (size_t i = 0; i < m_pieces.size(); ++i) pieces.push_back(std::span(m_pieces[i]->values).first(SizeOf(i)));
+        for (const Piece& piece : m_pieces) pieces.emplace_back(piece.Values(), piece.count);
         return pieces;
     }
 
     /// Calls `visit(group, values)` for each group below `groups` that has values. Empties this.
     template <class Visit>
     void VisitGroups(uint64_t groups, Visit visit) {
+        if (!m_grouped) KeepGroups();
         std::vector<uint64_t> ends(groups + 1);
-        for (size_t i = 0; i < m_pieces.size(); ++i)
-            for (size_t k = 0; k < SizeOf(i); ++k) ++ends[m_pieces[i]->groups[k] + uint64_t{1}];
+        for (const Piece& piece : m_pieces)
+            for (uint64_t k = 0; k < piece.count; ++k) ++ends[piece.Groups()[k] + uint64_t{1}];
         for (uint64_t group = 0; group < groups; ++group) ends[group + 1] += ends[group];
-        const auto sorted = std::make_unique_for_overwrite<T[]>(m_count);
-        for (size_t i = 0; i < m_pieces.size(); ++i) {
-            for (size_t k = 0; k < SizeOf(i); ++k) sorted[ends[m_pieces[i]->groups[k]]++] = m_pieces[i]->values[k];
-            m_pieces[i].reset();
+        ZeroedMemory memory(m_count * sizeof(T), true);
+        T* sorted = static_cast<T*>(memory.data());
+        for (Piece& piece : m_pieces) {
+            for (uint64_t k = 0; k < piece.count; ++k) sorted[ends[piece.Groups()[k]]++] = piece.Values()[k];
+            piece = {};
         }
         m_pieces.clear();
         m_count = 0;
         // Filling has moved the start of each group to its end, which is the start of the next.
         for (uint64_t group = 0, begin = 0; group < groups; begin = ends[group++]) {
-            if (ends[group] > begin) visit(group, std::span<T>(sorted.get() + begin, ends[group] - begin));
+            if (ends[group] > begin) visit(group, std::span<T>(sorted + begin, ends[group] - begin));
         }
     }
 
 private:
+    static constexpr uint64_t firstPiece = 1u << 13;
+    static constexpr uint64_t furtherPiece = 1u << 20;
+
     struct Piece {
-        T values[pieceSize];
-        unsigned groups[pieceSize];
+        uint64_t capacity = 0;
+        uint64_t count = 0;
+        ZeroedMemory values;
+        ZeroedMemory groups;  // empty while all are 0
+
+        const T* Values() const { return static_cast<const T*>(values.data()); }
+        T* Values() { return static_cast<T*>(values.data()); }
+        const unsigned* Groups() const { return static_cast<const unsigned*>(groups.data()); }
+        unsigned* Groups() { return static_cast<unsigned*>(groups.data()); }
     };
-    size_t SizeOf(size_t piece) const {
-        const uint64_t before = uint64_t{pieceSize} * piece;
-        return m_count - before < pieceSize ? m_count - before : pieceSize;
+    void AddPiece() {
+        Piece& piece = m_pieces.emplace_back();
+        piece.capacity = m_pieces.size() == 1 ? firstPiece : furtherPiece;
+        piece.values = ZeroedMemory(piece.capacity * sizeof(T), true);
+        if (m_grouped) piece.groups = ZeroedMemory(piece.capacity * sizeof(unsigned), true);
+    }
+    void KeepGroups() {
+        for (Piece& piece : m_pieces) piece.groups = ZeroedMemory(piece.capacity * sizeof(unsigned), true);
+        m_grouped = true;
     }
 
-    std::vector<std::unique_ptr<Piece>> m_pieces;
+    std::vector<Piece> m_pieces;
     uint64_t m_count = 0;
+    bool m_grouped = false;
 };
 
 }  // namespace qve

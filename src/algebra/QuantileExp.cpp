@@ -1,5 +1,6 @@
 #include "algebra/QuantileExp.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -55,17 +56,25 @@ class QuantileExp::TypedValues : public Values {
 public:
     void Add(unsigned count, input_column values, bool single, input_column groups, unsigned firstGroup,
              const unsigned* sel) override {
+        const unsigned* numbers = groups.values<unsigned>();
         const bool oneGroup = groups.flags & column_flags::constant;
+        const bool grouped = !oneGroup || firstGroup + numbers[0] > 0;
         for (unsigned done = 0; done < count;) {
-            const auto room = m_values.Reserve();
+            const auto room = m_values.Reserve(grouped);
             const auto take = static_cast<unsigned>(std::min<size_t>(count - done, room.values.size()));
-            size_t kept = 0;
-            for (unsigned k = done; k < done + take; ++k) {
-                const unsigned row = sel ? sel[k] : k;
-                const T value = values.values<T>()[single ? 0 : row];
-                room.values[kept] = value;
-                room.groups[kept] = firstGroup + groups.values<unsigned>()[oneGroup ? 0 : row];
-                kept += !IsNull(value);
+            uint64_t kept = 0;
+            const auto keep = [&](auto row) {
+                for (unsigned k = done; k < done + take; ++k) {
+                    const T value = values.values<T>()[single ? 0 : row(k)];
+                    room.values[kept] = value;
+                    if (room.groups) room.groups[kept] = firstGroup + numbers[oneGroup ? 0 : row(k)];
+                    kept += !IsNull(value);
+                }
+            };
+            if (sel) {
+                keep([sel](unsigned k) { return sel[k]; });
+            } else {
+                keep([](unsigned k) { return k; });
             }
             m_values.Commit(kept);
             done += take;

@@ -41,29 +41,41 @@ template <class T>
 std::pair<T, T> select_pair(const std::vector<std::span<const T>>& pieces, uint64_t low) {
     constexpr unsigned bits = 16;
     constexpr unsigned shift = 64 - bits;
-    const auto histogram = std::make_unique<std::array<uint64_t, size_t{1} << bits>>();
+    using Counts = std::array<uint64_t, size_t{1} << bits>;
+    // Neighbours that fall into one bucket would wait for each other; so they are counted apart.
+    const auto counts = std::make_unique<std::array<Counts, 2>>();
     uint64_t total = 0;
     for (const std::span<const T>& piece : pieces) {
-        for (const T value : piece) ++(*histogram)[rank_word(value) >> shift];
+        size_t i = 0;
+        for (; i + 1 < piece.size(); i += 2) {
+            ++(*counts)[0][rank_word(piece[i]) >> shift];
+            ++(*counts)[1][rank_word(piece[i + 1]) >> shift];
+        }
+        if (i < piece.size()) ++(*counts)[0][rank_word(piece[i]) >> shift];
         total += piece.size();
     }
+    Counts& histogram = (*counts)[0];
+    for (size_t bucket = 0; bucket < histogram.size(); ++bucket) histogram[bucket] += (*counts)[1][bucket];
+
     const uint64_t high = low + 1 < total ? low + 1 : low;
     uint64_t before = 0;
     size_t first = 0;
-    while (before + (*histogram)[first] <= low) before += (*histogram)[first++];
+    while (before + histogram[first] <= low) before += histogram[first++];
     uint64_t through = before;
     size_t last = first;
-    while (through + (*histogram)[last] <= high) through += (*histogram)[last++];
+    while (through + histogram[last] <= high) through += histogram[last++];
 
-    std::vector<T> candidates;
-    candidates.reserve(through + (*histogram)[last] - before);
+    // One more than the candidates: each value is written before it is known to be one.
+    const uint64_t wanted = through + histogram[last] - before;
+    const auto candidates = std::make_unique_for_overwrite<T[]>(wanted + 1);
+    uint64_t found = 0;
     for (const std::span<const T>& piece : pieces) {
         for (const T value : piece) {
-            const uint64_t bucket = rank_word(value) >> shift;
-            if (bucket >= first && bucket <= last) candidates.push_back(value);
+            candidates[found] = value;
+            found += (rank_word(value) >> shift) - first <= last - first;
         }
     }
-    return select_pair(std::span<T>(candidates), low - before);
+    return select_pair(std::span<T>(candidates.get(), wanted), low - before);
 }
 
 }  // namespace qve

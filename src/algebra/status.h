@@ -12,6 +12,7 @@ inline constexpr int BooleanExp_MakeColumn = 40048;
 inline constexpr int CaseExp_MakeColumn = 40050;
 inline constexpr int CastExp_AllocateColumn = 40053;
 inline constexpr int CellCopier_Append = 40056;
+inline constexpr int CountdExp_MakePrimitiveColumn = 40357;
 inline constexpr int DataFlow_DescribeColumn = 40101;
 inline constexpr int DataFlow_GetColumn = 40102;
 inline constexpr int DataFlow_LoadColumn = 40103;

@@ -7,6 +7,7 @@
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/ConstantExp.h"
+#include "algebra/CountdExp.h"
 #include "algebra/DataExp.h"
 #include "algebra/LiteralAtom.h"
 #include "algebra/MakeCall.h"
@@ -17,6 +18,7 @@
 #include "primitives/primitive_directory.h"
 #include "storage/Column.h"
 #include "system/VQLException.h"
+#include "types/complete_type.h"
 #include "types/usratom.h"
 #include "types/usrtype.h"
 #include "vql/syntax/VQLPropertyListParser.h"
@@ -125,11 +127,16 @@ RefCntPtr<Exp> ExpBuilder::BuildCall(const std::wstring& op, const Nodes& form) 
                            : context == ContextType::select  ? primitive::klassSelect
                                                              : primitive::klassMap;
     const bool quantile = context == ContextType::aggregate && op == QuantileExp::opQuantile;
-    if (!quantile && !IsOperation(klass, op)) m_reader.Raise(L"unknown function (" + op + L")", m_node);
+    const bool countd = context == ContextType::aggregate && op == CountdExp::opCountd;
+    if (!quantile && !countd && !IsOperation(klass, op)) m_reader.Raise(L"unknown function (" + op + L")", m_node);
     const Exp::Arguments arguments = BuildArguments(ContextType::map, form);
     if (quantile) {
         if (arguments.size() != 2) Raise(L"missing argument");
         return MakeRef<QuantileExp>(anonymous, arguments[0], arguments[1]);
+    }
+    if (countd) {
+        if (arguments.size() != 1) Raise(L"missing argument");
+        return MakeRef<CountdExp>(anonymous, arguments[0]);
     }
     RefCntPtr<Exp> call = context == ContextType::aggregate ? MakeAggregateCall(op, arguments)
                           : context == ContextType::select  ? MakeSelectCall(op, arguments)
@@ -140,7 +147,7 @@ RefCntPtr<Exp> ExpBuilder::BuildCall(const std::wstring& op, const Nodes& form) 
 
 usratom ExpBuilder::QualifiedLiteral(const Nodes& form) const {
     if (form.size() != 2) Raise(L"unsupported literal type");
-    const usrprops properties = ParseVQLPropertyList(form[1], status::ExpBuilder_Raise);
+    const usrprops properties = complete_type(ParseVQLPropertyList(form[1], status::ExpBuilder_Raise));
     const usratom plain = AtomOfLiteral(m_reader.Literal(form[0]), properties);
     if (!plain.type()) Raise(L"unsupported literal type");
     return CastConstant(*MakeRef<ConstantExp>(plain), properties)->GetValue();
@@ -148,7 +155,7 @@ usratom ExpBuilder::QualifiedLiteral(const Nodes& form) const {
 
 usratom ExpBuilder::Null(const Nodes& form) const {
     if (form.size() != 2) Raise(L"invalid null");
-    const usrtype* type = usrtype::resolve(ParseVQLPropertyList(form[1], status::ExpBuilder_Raise));
+    const usrtype* type = usrtype::resolve(complete_type(ParseVQLPropertyList(form[1], status::ExpBuilder_Raise)));
     if (!type) Raise(L"invalid null type");
     return type->null();
 }

@@ -10,11 +10,28 @@
 #include "algebra/plan/absent_operator.h"
 #include "algebra/plan/format_properties.h"
 #include "storage/Column.h"
+#include "types/complete_type.h"
 #include "types/usrtype.h"
 #include "vql/syntax/FormatDataValue.h"
 #include "vql/syntax/VQLIdentifier.h"
 
 namespace qve {
+namespace {
+
+// The shortest property set that means a type.
+std::wstring FormatType(const usrtype& type) {
+    const usrprops whole = type.properties();
+    usrprops brief{{usrpropkey::type,
+                    std::wstring(whole.has(usrpropkey::builtin) ? whole.text(usrpropkey::builtin) : L"varchar")}};
+    for (const usrpropkey detail :
+         {usrpropkey::type, usrpropkey::collation, usrpropkey::scale, usrpropkey::precision}) {
+        if (detail != usrpropkey::type && whole.has(detail)) brief.set(detail, std::wstring(whole.text(detail)));
+        if (usrtype::resolve(complete_type(brief)) == &type) return format_properties(brief);
+    }
+    return format_properties(whole);
+}
+
+}  // namespace
 
 std::wstring FormatExp::Do(ContextType context, const RefCntPtr<Exp>& exp) {
     FormatExp format(context);
@@ -55,11 +72,11 @@ void FormatExp::VisitConstantExp(ConstantExp& exp) {
 void FormatExp::FormatAtom(const usratom& atom) {
     const VQLDataValue value = LiteralOfAtom(atom);
     if (value.IsNull()) {
-        m_text += L"(null " + format_properties(atom.type() ? atom.type()->properties() : usrprops()) + L")";
+        m_text += L"(null " + (atom.type() ? FormatType(*atom.type()) : L"()") + L")";
     } else if (AtomOfLiteral(value, {}).type() == atom.type()) {
         m_text += FormatDataValue(value);
     } else {
-        m_text += L"(" + FormatDataValue(value) + L" " + format_properties(atom.type()->properties()) + L")";
+        m_text += L"(" + FormatDataValue(value) + L" " + FormatType(*atom.type()) + L")";
     }
 }
 

@@ -146,6 +146,10 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildAggr(const Nodes& form) {
     if (!std::all_of(aggregates.begin(), aggregates.end(), isAggregate)) {
         m_reader.Raise(L"Invalid Operator: measures must be aggregates", form[2]);
     }
+    const auto finishes = [](const RefCntPtr<Exp>& exp) { return exp->NeedsFinish(); };
+    if (ordered && std::any_of(aggregates.begin(), aggregates.end(), finishes)) {
+        m_reader.Raise(L"Invalid Operator: measures of whole groups need an aggregate", form[2]);
+    }
     if (ordered) return MakeRef<OrdAggr>(std::move(source), std::move(keys), std::move(aggregates));
     const long long groups = form.size() == 5 ? m_reader.Integer(form[3], 0, ~0u) : 0;
     return MakeRef<Aggr>(std::move(source), std::move(keys), std::move(aggregates), Aggr::noLimit,

@@ -1,8 +1,7 @@
 #include "vql/eval/CollectsInMemory.h"
 
-#include <algorithm>
-
 #include "storage/stream/DataStream.h"
+#include "vql/VQLDerivedFacts.h"
 #include "vql/VQLFuncallExpression.h"
 #include "vql/eval/VQLRowBound.h"
 
@@ -11,20 +10,48 @@ namespace {
 
 // A value and its group number while they come, and the values once more when they are put together by groups.
 constexpr uint64_t bytesForValue = 20;
+// A place of the hash table, of which half may be free, and an old one while it grows.
+constexpr uint64_t bytesForDistinct = 48;
 
-bool IsQuantile(const VQLBinding& measure) {
+const VQLFuncallExpression* CallOf(const VQLBinding& measure, const wchar_t* function) {
     const auto* call = dynamic_cast<const VQLFuncallExpression*>(measure.second.get());
-    return call && call->GetName() == L"quantile";
+    return call && call->GetName() == function ? call : nullptr;
+}
+
+bool Fits(const DatabaseFamily& databases, const VQLAggregateQuery& query, uint64_t room) {
+    return VQLRowBound(databases)(query.GetInput()) <= DataStream::GetMaxMemoryLimit() / 2 / room;
+}
+
+// Tokens tell texts apart where the catalog says that the dictionary has each text once.
+bool HasDistinctCells(const RefCntPtr<VQLExpression>& value, const VQLColumnSpace& input) {
+    if (value->GetDataType() != VQLDataType::string) return true;
+    const VQLIdentifier* name = VQLPlainColumn(value);
+    const VQLColumn* column = name ? input.FindColumn(*name) : nullptr;
+    return column && column->HasProperty(usrpropkey::distinct);
 }
 
 }  // namespace
 
-VQLKeepAggregate CollectsInMemory(const DatabaseFamily& databases) {
+VQLKeepAggregate CollectsQuantiles(const DatabaseFamily& databases) {
     return [&databases](const VQLAggregateQuery& query) {
-        const auto quantiles =
-            static_cast<uint64_t>(std::count_if(query.GetMeasures().begin(), query.GetMeasures().end(), IsQuantile));
-        const uint64_t rows = VQLRowBound(databases)(query.GetInput());
-        return rows <= DataStream::GetMaxMemoryLimit() / 2 / bytesForValue / std::max<uint64_t>(quantiles, 1);
+        uint64_t room = 0;
+        for (const VQLBinding& measure : query.GetMeasures())
+            if (CallOf(measure, L"quantile")) room += bytesForValue;
+        return room == 0 || Fits(databases, query, room);
+    };
+}
+
+VQLKeepAggregate CountsDistinct(const DatabaseFamily& databases) {
+    return [&databases](const VQLAggregateQuery& query) {
+        uint64_t room = 0;
+        for (const VQLBinding& measure : query.GetMeasures()) {
+            if (CallOf(measure, L"collectd")) return false;
+            const VQLFuncallExpression* call = CallOf(measure, L"countd");
+            if (!call) continue;
+            if (!HasDistinctCells(call->GetArguments()[0], *query.GetInput()->GetColumnSpace())) return false;
+            room += bytesForDistinct;
+        }
+        return room == 0 || Fits(databases, query, room);
     };
 }
 

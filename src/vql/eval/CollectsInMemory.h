@@ -6,8 +6,9 @@ namespace qve {
 
 class DatabaseFamily;
 
-/// Says of an aggregate that the engine shall compute its quantiles itself: it collects the values of each group and
-/// selects among them, which needs no sort and no join but room in memory for all values.
-VQLKeepAggregate CollectsInMemory(const DatabaseFamily& databases);
+/// Say of an aggregate that the engine shall compute its quantiles, or its distinct counts, itself: it collects the
+/// values of each group, which needs no sort, no second aggregate and no join, but room in memory for all of them.
+VQLKeepAggregate CollectsQuantiles(const DatabaseFamily& databases);
+VQLKeepAggregate CountsDistinct(const DatabaseFamily& databases);
 
 }  // namespace qve

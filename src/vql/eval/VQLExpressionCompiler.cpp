@@ -7,6 +7,8 @@
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/ConstantExp.h"
+#include "algebra/CountdExp.h"
+#include "algebra/LiteralAtom.h"
 #include "algebra/MakeCall.h"
 #include "algebra/Namespace.h"
 #include "algebra/QuantileExp.h"
@@ -20,7 +22,6 @@
 #include "types/usratom.h"
 #include "vql/VQLExpressions.h"
 #include "vql/VQLRewriteQuantiles.h"
-#include "algebra/LiteralAtom.h"
 #include "vql/eval/status.h"
 
 namespace qve {
@@ -311,6 +312,11 @@ void VQLExpressionCompiler::VisitFuncall(VQLFuncallExpression& expression) {
         context == ContextType::aggregate && expression.GetExpressionType() == VQLExpressionType::aggregate;
     if (aggregates && op == QuantileExp::opQuantile) {
         Push(expression, MakeQuantile(expression, operands));
+        return;
+    }
+    if (aggregates && op == CountdExp::opCountd) {
+        Push(expression,
+             {MakeRef<CountdExp>(anonymous, operands[0].exp), Describe(primitive::primitive_props(L"bigint"), false)});
         return;
     }
     const wchar_t* klass = aggregates                       ? primitive::klassAggregate

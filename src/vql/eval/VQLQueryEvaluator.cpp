@@ -144,8 +144,9 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     evaluation.Run("VQLRewriteCovariances", [&](Query query) { return VQLRewriteCovariances(factory, query); });
     evaluation.Run("VQLRewriteVariances", [&](Query query) { return VQLRewriteVariances(factory, query); });
     evaluation.Run("VQLRewriteQuantiles",
-                   [&](Query query) { return VQLRewriteQuantiles(factory, query, CollectsInMemory(m_databases)); });
-    evaluation.Run("VQLRewriteCountd", [&](Query query) { return VQLRewriteCountd(factory, query); });
+                   [&](Query query) { return VQLRewriteQuantiles(factory, query, CollectsQuantiles(m_databases)); });
+    evaluation.Run("VQLRewriteCountd",
+                   [&](Query query) { return VQLRewriteCountd(factory, query, CountsDistinct(m_databases)); });
 
     evaluation.Run("VQLLowerJoins", [&](Query query) { return VQLLowerJoins(factory, query); });
 
