@@ -3,6 +3,9 @@
 
 #include <cstring>
 #include <future>
+#include <iterator>
+#include <map>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -116,6 +119,58 @@ TEST(Session, StatementsArePreparedAndExecutedAnyNumberOfTimes) {
         EXPECT_EQ(error.GetText(), "no such statement");
     }
     EXPECT_EQ(StatusOf(*client, "(connect \"" + directory / "nonesuch" + "\")") == 0, false);
+}
+
+TEST(Session, ExecutesPlansInPlaceOfQueries) {
+    const ScratchDirectory directory;
+    const TestServer server;
+    const auto client = server.Connect();
+    std::uint64_t statement = client->StatementOpen();
+    const auto planStatus = [&](const std::string& plan) {
+        try {
+            client->StatementPlan(statement, plan);
+        } catch (const QVE_ServerError& error) {
+            return error.GetStatus();
+        }
+        return 0;
+    };
+    EXPECT_EQ(planStatus("(table [t].[n] ([x]))"), 48046);
+    MakeNumbers(*client, directory, 100);
+    statement = client->StatementOpen();  // a statement keeps the database that it was opened with
+    client->StatementPlan(statement,
+                          "(restrict ([n] [s]) (aggregate () (([s] (sum [x])) ([n] (countstar)))"
+                          " (select (lt [x] 10) (scan ([x]) (table [t].[n] ([x]))))))");
+    const auto rowset = client->StatementExecute(statement);
+    ASSERT_TRUE(rowset);
+    // In the order in which the plan lists them.
+    EXPECT_EQ(rowset->GetColumnProperties(0)[0].second.GetText(), L"n");
+    rowset->Close();
+    EXPECT_EQ(planStatus("(frob)"), 49012);
+    EXPECT_EQ(planStatus("(table [t].[n] ([x])) (x)"), 48034);
+    EXPECT_THAT(RunQuery(*client, s_sum), ElementsAre("4950 100"));
+}
+
+TEST(Session, ExplainsWithTheRowsOfEachOperator) {
+    const ScratchDirectory directory;
+    const TestServer server;
+    const auto client = server.Connect();
+    MakeNumbers(*client, directory, 3000);
+    const std::vector<std::string> plan =
+        RunQuery(*client, "(explain analyze (aggregate (select (table [t].[n]) (< [x] 10)) () (([s] (sum [x])))))");
+    // Each line ends in rows and milliseconds.
+    const auto rowsOf = [](const std::string& line) {
+        std::istringstream words(line);
+        std::vector<std::string> all{std::istream_iterator<std::string>(words), {}};
+        return all.size() < 2 ? std::string() : all[all.size() - 2];
+    };
+    std::map<std::string, std::string> rows;
+    for (const std::string& line : plan) {
+        const size_t word = line.find_first_not_of(' ');
+        rows[line.substr(word, line.find(' ', word) - word)] = rowsOf(line);
+    }
+    EXPECT_EQ(rows["aggregate"], "1");
+    EXPECT_EQ(rows["select"], "10");
+    EXPECT_EQ(rows["table"], "3000");
 }
 
 TEST(Session, ACancelThatComesFirstStopsTheNextExecution) {
