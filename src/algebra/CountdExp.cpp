@@ -10,7 +10,9 @@
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
+#include "telemetry/LogEntry.h"
 #include "types/usratom.h"
+#include "vql/syntax/VQLEvaluatorSettings.h"
 #include "vql/syntax/number_text.h"
 
 namespace qve {
@@ -131,6 +133,10 @@ void CountdExp::Aggregate(unsigned count, input_column groups, const unsigned* s
 }
 
 void CountdExp::FinishAggregate(uint64_t groups) {
+    if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) {
+        LogEntry() << "AGGR " << GetName() << ": distinct values in "
+                   << (m_cells->IsHashed() ? "a hash table" : "bit maps");
+    }
     m_cells.reset();
     m_counts.resize(groups);
     for (uint64_t done = 0; done < groups;) {

@@ -20,6 +20,9 @@ public:
     void Add(unsigned count, const uint64_t* values, const unsigned* groups, unsigned group,
              std::vector<uint64_t>& counts);
 
+    /// Whether values lie in the hash table, and no longer in bit maps.
+    bool IsHashed() const { return m_hashed; }
+
 private:
     struct Entry {
         uint64_t value;

@@ -11,6 +11,8 @@
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
+#include "telemetry/LogEntry.h"
+#include "vql/syntax/VQLEvaluatorSettings.h"
 
 namespace qve {
 namespace {
@@ -92,6 +94,7 @@ void OrdAggr::Bind() {
     for (const RefCntPtr<Exp>& aggregate : m_aggregates) GetColumn(aggregate->GetName());
     LoadCheckers();
     m_bound = true;
+    if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "AGGR by sorted keys";
 }
 
 void OrdAggr::LoadCheckers() {

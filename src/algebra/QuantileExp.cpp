@@ -8,13 +8,13 @@
 #include "algebra/GroupedValues.h"
 #include "algebra/select_rank.h"
 #include "algebra/status.h"
-#include "primitives/primitive_directory.h"
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
-#include "system/unicode.h"
+#include "telemetry/LogEntry.h"
 #include "types/builtin.h"
 #include "types/datatraits.h"
+#include "vql/syntax/VQLEvaluatorSettings.h"
 
 namespace qve {
 namespace {
@@ -139,6 +139,9 @@ void QuantileExp::Aggregate(unsigned count, input_column groups, const unsigned*
 }
 
 void QuantileExp::FinishAggregate(uint64_t groups) {
+    if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) {
+        LogEntry() << "AGGR " << GetName() << ": quantile by selection";
+    }
     m_values->Finish(m_fraction, *m_column, groups);
     m_values.reset();
 }
