@@ -29,8 +29,13 @@ void PutValues(const usrtype& type, unsigned count, const unsigned* selection, c
 
 }  // namespace
 
-ColumnWriter::ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings, Purpose purpose)
-    : m_source(std::move(source)), m_target(std::move(target)), m_encodings(encodings), m_purpose(purpose) {}
+ColumnWriter::ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings, Purpose purpose,
+                           RefCntPtr<ProgressCallback> progress)
+    : m_source(std::move(source)),
+      m_target(std::move(target)),
+      m_encodings(encodings),
+      m_purpose(purpose),
+      m_progress(std::move(progress)) {}
 
 ColumnWriter::~ColumnWriter() = default;
 
@@ -55,6 +60,7 @@ void ColumnWriter::AdoptFirstPage() {
 void ColumnWriter::MakeFactory() {
     m_factory = m_purpose == Purpose::storage ? EncodingFactory::CreateStorageFactory(m_encodings, *m_target)
                                               : EncodingFactory::CreateFactory(m_encodings, *m_target);
+    m_factory->SetProgressCallback(m_progress);
 }
 
 void ColumnWriter::UseOwnDictionary() {

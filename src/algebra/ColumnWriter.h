@@ -20,8 +20,9 @@ public:
     enum class Purpose { intermediate, storage };
 
     /// `encodings` is a mask of EncodingFactory. `target` is empty and of MakeTarget.
-    ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings,
-                 Purpose purpose = Purpose::intermediate);
+    /// Once `progress`, which may be null, says cancelled, long work ends with CancelledException.
+    ColumnWriter(RefCntPtr<Column> source, RefCntPtr<Column> target, uint64_t encodings, Purpose purpose,
+                 RefCntPtr<ProgressCallback> progress);
     ~ColumnWriter();
 
     /// An empty column with the properties of `source` on temporary streams.
@@ -47,6 +48,7 @@ private:
     const RefCntPtr<Column> m_target;
     const uint64_t m_encodings;
     const Purpose m_purpose;
+    const RefCntPtr<ProgressCallback> m_progress;
     std::unique_ptr<EncodingFactory> m_factory;  // made with the first page
     RefCntPtr<DataStream> m_stream;
     RefCntPtr<Column> m_translated;  // the page in tokens of the own dictionary

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "algebra/ColumnWriter.h"
+#include "algebra/OperatorProgressCallback.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
@@ -85,8 +86,8 @@ uint64_t FlowTable::Build(unsigned pageSize) {
 
     Writers writers;
     for (const std::wstring& name : GetColumnNames()) {
-        writers.push_back(
-            std::make_unique<ColumnWriter>(m_source->GetColumn(name), GetColumn(name), m_encodings, m_purpose));
+        writers.push_back(std::make_unique<ColumnWriter>(m_source->GetColumn(name), GetColumn(name), m_encodings,
+                                                         m_purpose, m_progress));
     }
     WritePages(writers, pageSize);
 
@@ -108,6 +109,7 @@ void FlowTable::WritePages(const Writers& writers, unsigned pageSize) {
     };
     unsigned extent = m_source->Next(pageSize);
     while (extent > 0) {
+        OperatorProgressCallback::Check(m_progress.get());
         const unsigned count = m_source->GetSelectionCount();
         if (count == 0) {
             extent = m_source->Next(pageSize);
@@ -128,7 +130,10 @@ void FlowTable::WritePages(const Writers& writers, unsigned pageSize) {
         writing.wait();
         m_count.store(GetCount() + count, std::memory_order_relaxed);
     }
-    each([](ColumnWriter& writer) { writer.Finish(); });
+    each([this](ColumnWriter& writer) {
+        OperatorProgressCallback::Check(m_progress.get());
+        writer.Finish();
+    });
 }
 
 void FlowTable::DescribeExecution() const {

@@ -42,6 +42,9 @@ public:
     uint64_t GetCount() const override;
     uint64_t Build(unsigned pageSize) override;
 
+    /// To be set before Build, which then ends with CancelledException once `progress` says cancelled.
+    void SetProgressCallback(RefCntPtr<ProgressCallback> progress) { m_progress = std::move(progress); }
+
     const RefCntPtr<DataFlow>& GetSource() const { return m_source; }
     uint64_t GetEncodings() const { return m_encodings; }
 
@@ -53,6 +56,7 @@ private:
     const RefCntPtr<DataFlow> m_source;
     const uint64_t m_encodings;
     const ColumnWriter::Purpose m_purpose;
+    RefCntPtr<ProgressCallback> m_progress;
     mutable ColumnMap m_columns;
     std::atomic<uint64_t> m_count{0};  // progress is asked for by other threads
     bool m_built = false;

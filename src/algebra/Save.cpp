@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "algebra/OperatorProgressCallback.h"
 #include "storage/Column.h"
 #include "storage/Database.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -26,6 +27,7 @@ uint64_t Save::Build(unsigned pageSize) {
     Database::Transaction transaction(*m_database);
     const std::vector<std::wstring> stored = m_database->GetColumnNames(m_table, m_schema);
     for (const RefCntPtr<Column>& column : ColumnsInOrder()) {
+        OperatorProgressCallback::Check(m_progress.get());
         const std::wstring& name = column->GetName();
         if (std::find(stored.begin(), stored.end(), name) == stored.end()) {
             m_database->CreateColumn(name, m_table, m_schema, column->GetProperties());
@@ -34,6 +36,7 @@ uint64_t Save::Build(unsigned pageSize) {
         column->MinimiseTokens(MakeRef<TempFileDataStream>());
         m_database->ReplaceColumn(name, m_table, m_schema, *column);
     }
+    OperatorProgressCallback::Check(m_progress.get());
     transaction.Commit();
     m_built = true;
     return m_count;

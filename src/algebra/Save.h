@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "algebra/DelegatedTable.h"
+#include "system/ProgressCallback.h"
 
 namespace qve {
 
@@ -17,6 +18,8 @@ public:
     ~Save() override;
 
     uint64_t Build(unsigned pageSize) override;
+    /// To be set before Build, which then ends with CancelledException once `progress` says cancelled.
+    void SetProgressCallback(RefCntPtr<ProgressCallback> progress) { m_progress = std::move(progress); }
     /// Drops the table that was saved, and with it its temporary streams.
     void ReleaseDelegate();
 
@@ -26,6 +29,7 @@ private:
     const RefCntPtr<Database> m_database;
     const std::wstring m_schema;
     const std::wstring m_table;
+    RefCntPtr<ProgressCallback> m_progress;
     bool m_built = false;
     uint64_t m_count = 0;
 };

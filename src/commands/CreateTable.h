@@ -5,6 +5,7 @@
 
 #include "commands/Statement.h"
 #include "storage/Database.h"
+#include "system/ProgressCallback.h"
 #include "types/usrprops.h"
 
 namespace qve {
@@ -25,6 +26,9 @@ public:
     const std::wstring& GetName() const { return m_name; }
     /// The plan whose rows go into the table; null for a table that begins empty.
     virtual RefCntPtr<Namespace> GetPlan() const { return nullptr; }
+
+    /// What cancels the making of the table; null when that takes no time.
+    virtual RefCntPtr<ProgressCallback> GetProgressCallback() const { return nullptr; }
 
 protected:
     const RefCntPtr<Database> m_database;

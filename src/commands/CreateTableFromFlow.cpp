@@ -4,6 +4,7 @@
 
 #include "algebra/DataFlow.h"
 #include "algebra/FlowTable.h"
+#include "algebra/ProgressCallbackImpl.h"
 #include "algebra/Save.h"
 #include "commands/status.h"
 #include "metrics/Scope.h"
@@ -21,7 +22,9 @@ constexpr unsigned load_page_size = 16384;
 
 CreateTableFromFlow::CreateTableFromFlow(RefCntPtr<Database> database, std::wstring schema, std::wstring name,
                                          RefCntPtr<Namespace> plan)
-    : CreateTable(std::move(database), std::move(schema), std::move(name)), m_plan(std::move(plan)) {}
+    : CreateTable(std::move(database), std::move(schema), std::move(name)),
+      m_plan(std::move(plan)),
+      m_progress(MakeRef<ProgressCallbackImpl>()) {}
 
 RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
     Metrics::Scope scope("CreateTableFromFlow::Execute");
@@ -37,13 +40,17 @@ RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
     if (!table) {
         auto flow = DynamicPtrCast<DataFlow>(result);
         if (!flow) throw QVE_LogicError(status::CreateTableFromFlow_plan, "CreateTableFromFlow: no rows");
-        table = MakeRef<FlowTable>(std::move(flow), FlowTable::anyEncoding, ColumnWriter::Purpose::storage);
+        auto rows = MakeRef<FlowTable>(std::move(flow), FlowTable::anyEncoding, ColumnWriter::Purpose::storage);
+        rows->SetProgressCallback(m_progress);
+        table = std::move(rows);
     }
     table->Build(std::max(pageSize, load_page_size));
 
     Database::Transaction transaction(*m_database);
     m_database->CreateTable(m_name, m_schema);
-    Save(table, m_database, m_schema, m_name).Build(pageSize);
+    Save save(table, m_database, m_schema, m_name);
+    save.SetProgressCallback(m_progress);
+    save.Build(pageSize);
     transaction.Commit();
     return nullptr;
 }

@@ -15,12 +15,15 @@ public:
     RefCntPtr<Namespace> Execute(unsigned pageSize) override;
     RefCntPtr<Namespace> GetPlan() const override { return m_plan; }
 
+    RefCntPtr<ProgressCallback> GetProgressCallback() const override { return m_progress; }
+
     /// Makes the table at once.
     static void Do(RefCntPtr<Database> database, const std::wstring& schema, const std::wstring& name,
                    RefCntPtr<Namespace> plan);
 
 private:
     const RefCntPtr<Namespace> m_plan;
+    const RefCntPtr<ProgressCallback> m_progress;
 };
 
 }  // namespace qve

@@ -16,6 +16,7 @@
 #include "storage/integer_width.h"
 #include "storage/status.h"
 #include "storage/stream/TempFileDataStream.h"
+#include "system/Operator.h"
 #include "system/QuillonException.h"
 #include "telemetry/LogEntry.h"
 #include "types/usrtype.h"
@@ -117,12 +118,17 @@ RefCntPtr<DataStream> EncodingFactory::AppendStream(RefCntPtr<DataStream> stream
     return target;
 }
 
-RefCntPtr<DataStream> EncodingFactory::Reencode(DataStream& from, uint64_t size, RefCntPtr<DataStream> target) {
+void EncodingFactory::CheckCancelled() const {
+    if (m_progress && m_progress->IsCancelled()) throw Operator::CancelledException();
+}
+
+RefCntPtr<DataStream> EncodingFactory::Reencode(DataStream& from, uint64_t size, RefCntPtr<DataStream> target) const {
     constexpr uint64_t atOnce = 1 << 18;
     Metrics::Scope scope("EncodingFactory::Reencode", Metrics::Bits::Storage);
     if (!target) target = MakeRef<TempFileDataStream>();
     LogEntry() << "EncodingFactory: Re-encoding";
     for (uint64_t position = 0; position < size;) {
+        CheckCancelled();
         const uint64_t wanted = std::min(size - position, atOnce);
         const uint64_t count = std::min(from.Seek(position, wanted), wanted);
         target->Append(from.GetInput(0), count);

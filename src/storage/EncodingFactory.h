@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "storage/stream/DataStream.h"
+#include "system/ProgressCallback.h"
 
 namespace qve {
 
@@ -66,6 +67,9 @@ public:
     /// The same for the tokens of a dictionary that is complete: as narrow as its end allows.
     virtual bool MinimiseTokenWidth(const RefCntPtr<Column>& column) const;
 
+    /// What ends the copying of a long column with Operator::CancelledException when it says cancelled; may be null.
+    void SetProgressCallback(RefCntPtr<ProgressCallback> progress) { m_progress = std::move(progress); }
+
     /// Appends `bytes` of cells and returns the stream to use from now on; it holds all cells, whatever happened.
     RefCntPtr<DataStream> AppendStream(RefCntPtr<DataStream> stream, const void* data, uint64_t bytes);
     /// Called once at the end of the column: encodes anew if all values together ask for another encoding, completes
@@ -87,15 +91,18 @@ public:
 protected:
     unsigned GetBlockLength() const { return m_block; }
     uint64_t GetMask() const { return m_mask; }
+    /// Throws Operator::CancelledException when the work was cancelled.
+    void CheckCancelled() const;
     /// Rows seen so far.
     virtual uint64_t GetRowCount() const { return 0; }
 
 private:
     /// Copies the first `size` bytes of `from` behind `target`, or into a new plain stream when that is null.
-    static RefCntPtr<DataStream> Reencode(DataStream& from, uint64_t size, RefCntPtr<DataStream> target);
+    RefCntPtr<DataStream> Reencode(DataStream& from, uint64_t size, RefCntPtr<DataStream> target) const;
 
     uint64_t m_mask;
     unsigned m_block;
+    RefCntPtr<ProgressCallback> m_progress;
 };
 
 }  // namespace qve

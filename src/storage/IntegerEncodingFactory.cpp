@@ -78,12 +78,13 @@ void narrow_cells(const char* cells, uint64_t count, CellMeaning meaning, std::v
 }
 
 // The same values in narrower cells, encoded as they deserve.
-template <class To, class From>
-RefCntPtr<DataStream> copy_narrowed(DataStream& from, uint64_t mask, unsigned block, CellMeaning meaning) {
+template <class To, class From, class Check>
+RefCntPtr<DataStream> copy_narrowed(DataStream& from, uint64_t mask, unsigned block, CellMeaning meaning, Check check) {
     IntegerEncodingFactory<To> factory(mask, block);
     RefCntPtr<DataStream> target = MakeRef<TempFileDataStream>();
     std::vector<char> cells;
     for (uint64_t position = 0; position < from.GetSize();) {
+        check();
         const uint64_t limit = from.Seek(position, std::min(from.GetSize() - position, uint64_t{1} << 16));
         const uint64_t bytes = std::min(limit, uint64_t{1} << 16) / sizeof(From) * sizeof(From);
         narrow_cells<To, From>(from.GetInput(0), bytes / sizeof(From), meaning, cells);
@@ -230,7 +231,7 @@ RefCntPtr<DataStream> IntegerEncodingFactory<T>::Narrow(RefCntPtr<DataStream> st
     return with_width(width, [&](auto zero) -> RefCntPtr<DataStream> {
         using To = decltype(zero);
         if constexpr (sizeof(To) < sizeof(T))
-            return copy_narrowed<To, T>(*stream, GetMask(), GetBlockLength(), m_meaning);
+            return copy_narrowed<To, T>(*stream, GetMask(), GetBlockLength(), m_meaning, [&] { CheckCancelled(); });
         else
             return stream;
     });

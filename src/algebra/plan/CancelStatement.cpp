@@ -5,6 +5,7 @@
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
 #include "algebra/TopN.h"
+#include "commands/CreateTable.h"
 #include "ingest/TextScan.h"
 #include "system/ProgressCallback.h"
 
@@ -13,6 +14,11 @@ namespace qve {
 void CancelStatement::Do(Operator& root) {
     CancelStatement cancel;
     if (auto* columns = dynamic_cast<Namespace*>(&root)) columns->Accept(cancel);
+}
+
+void CancelStatement::VisitCreateTable(CreateTable& statement) {
+    OperatorVisitorImpl::VisitCreateTable(statement);
+    if (const RefCntPtr<ProgressCallback> progress = statement.GetProgressCallback()) progress->SetCancelled();
 }
 
 void CancelStatement::VisitJoin(Join& flow) {

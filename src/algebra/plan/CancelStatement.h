@@ -13,6 +13,7 @@ class CancelStatement : public OperatorVisitorImpl {
 public:
     static void Do(Operator& root);
 
+    void VisitCreateTable(CreateTable& statement) override;
     void VisitJoin(Join& flow) override;
     void VisitOrder(Order& table) override;
     void VisitScan(Scan& flow) override;
