@@ -35,6 +35,7 @@ inline constexpr int Join_SetGrouping = 40229;
 inline constexpr int Grouping_HashInner = 40231;
 inline constexpr int LeafTable_DescribeColumn = 40239;
 inline constexpr int LeafTable_GetColumn = 40240;
+inline constexpr int MomentsExp_MakePrimitiveColumn = 40358;
 inline constexpr int OrdAggr_LookupColumn = 40303;
 inline constexpr int OrdAggr_LoadCheckers = 40304;
 inline constexpr int Order_DescribeColumn = 40300;

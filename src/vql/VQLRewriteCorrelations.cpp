@@ -9,7 +9,8 @@ namespace {
 
 class RewriteQueries : public VQLDeviations {
 public:
-    explicit RewriteQueries(VQLIdentifierFactory& factory) : VQLDeviations(factory, {L"corr"}) {}
+    RewriteQueries(VQLIdentifierFactory& factory, const VQLKeepAggregate& keep)
+        : VQLDeviations(factory, {L"corr"}, keep) {}
 
 private:
     RefCntPtr<VQLExpression> Result(Layers& layers, const VQLFuncallExpression& measure) const override {
@@ -21,9 +22,10 @@ private:
 
 }  // namespace
 
-RefCntPtr<VQLQuery> VQLRewriteCorrelations(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
+RefCntPtr<VQLQuery> VQLRewriteCorrelations(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query,
+                                           const VQLKeepAggregate& keep) {
     Metrics::Scope scope("VQLRewriteCorrelations");
-    return RewriteQueries(factory)(query);
+    return RewriteQueries(factory, keep)(query);
 }
 
 }  // namespace qve

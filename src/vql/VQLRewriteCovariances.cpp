@@ -9,7 +9,8 @@ namespace {
 
 class RewriteQueries : public VQLDeviations {
 public:
-    explicit RewriteQueries(VQLIdentifierFactory& factory) : VQLDeviations(factory, {L"covar", L"covarp"}) {}
+    RewriteQueries(VQLIdentifierFactory& factory, const VQLKeepAggregate& keep)
+        : VQLDeviations(factory, {L"covar", L"covarp"}, keep) {}
 
 private:
     RefCntPtr<VQLExpression> Result(Layers& layers, const VQLFuncallExpression& measure) const override {
@@ -21,9 +22,10 @@ private:
 
 }  // namespace
 
-RefCntPtr<VQLQuery> VQLRewriteCovariances(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
+RefCntPtr<VQLQuery> VQLRewriteCovariances(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query,
+                                          const VQLKeepAggregate& keep) {
     Metrics::Scope scope("VQLRewriteCovariances");
-    return RewriteQueries(factory)(query);
+    return RewriteQueries(factory, keep)(query);
 }
 
 }  // namespace qve

@@ -9,7 +9,8 @@ namespace {
 
 class RewriteQueries : public VQLDeviations {
 public:
-    explicit RewriteQueries(VQLIdentifierFactory& factory) : VQLDeviations(factory, {L"var", L"varp"}) {}
+    RewriteQueries(VQLIdentifierFactory& factory, const VQLKeepAggregate& keep)
+        : VQLDeviations(factory, {L"var", L"varp"}, keep) {}
 
 private:
     RefCntPtr<VQLExpression> Result(Layers& layers, const VQLFuncallExpression& measure) const override {
@@ -21,9 +22,10 @@ private:
 
 }  // namespace
 
-RefCntPtr<VQLQuery> VQLRewriteVariances(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
+RefCntPtr<VQLQuery> VQLRewriteVariances(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query,
+                                        const VQLKeepAggregate& keep) {
     Metrics::Scope scope("VQLRewriteVariances");
-    return RewriteQueries(factory)(query);
+    return RewriteQueries(factory, keep)(query);
 }
 
 }  // namespace qve

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "algebra/Aggr.h"
 #include "algebra/AggrExp.h"
@@ -12,6 +14,7 @@
 #include "algebra/ConstantExp.h"
 #include "algebra/CountdExp.h"
 #include "algebra/DistinctCells.h"
+#include "algebra/MomentsExp.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/QuantileExp.h"
@@ -131,6 +134,59 @@ TEST(CollectingMeasures, AgreeWithASortOfEachGroup) {
     }
 }
 
+RefCntPtr<Exp> Moments(const std::wstring& word, Exp::Arguments arguments) {
+    return MakeRef<MomentsExp>(word, word, *MomentsExp::Find(word), std::move(arguments));
+}
+
+// Values far from zero and close together are the hard case. The reference goes over them twice, in long double.
+TEST(CollectingMeasures, FindMomentsAsTwoPassesDo) {
+    std::mt19937 random(5);
+    std::normal_distribution<double> spread(0, 1);
+    std::vector<std::string> keys, xs, ys;
+    std::map<std::string, std::vector<std::pair<long double, long double>>> pairs;
+    const auto text = [](double value) {
+        std::ostringstream out;
+        out << std::setprecision(17) << value;
+        return out.str();
+    };
+    for (int i = 0; i < 4000; ++i) {
+        const double x = 1e9 + spread(random);
+        const double y = 1e6 + x - 1e9 + 0.5 * spread(random);
+        keys.push_back(std::to_string(i % 7));
+        xs.push_back(i % 11 == 0 ? "NULL" : text(x));
+        ys.push_back(i % 13 == 0 ? "NULL" : text(y));
+        if (i % 11 && i % 13) pairs[keys.back()].emplace_back(x, y);
+    }
+    keys.push_back("8");  // one pair alone
+    xs.push_back("1");
+    ys.push_back("2");
+    const auto table =
+        TableOf({ColumnOf(L"long", L"k", keys), ColumnOf(L"double", L"x", xs), ColumnOf(L"double", L"y", ys)});
+    const Exp::Arguments both{MakeRef<ColumnExp>(L"x"), MakeRef<ColumnExp>(L"y")};
+    const auto aggr = MakeRef<Aggr>(MakeRef<Scan>(table), ColumnNames{L"k"},
+                                    std::vector<RefCntPtr<Exp>>{Moments(L"covar", both), Moments(L"corr", both),
+                                                                Moments(L"covarp", {both[0], both[0]})});
+    aggr->Build(100);
+    const TextRows results = Rows(*aggr, {L"k", L"covar", L"corr"});
+    ASSERT_EQ(results.size(), 8u);
+    for (const Texts& row : results) {
+        if (row[0] == "8") {
+            EXPECT_EQ(row, (Texts{"8", "NULL", "NULL"}));
+            continue;
+        }
+        const auto& values = pairs[row[0]];
+        long double meanX = 0, meanY = 0, xx = 0, yy = 0, xy = 0;
+        for (const auto& [x, y] : values) meanX += x / values.size(), meanY += y / values.size();
+        for (const auto& [x, y] : values) {
+            xx += (x - meanX) * (x - meanX);
+            yy += (y - meanY) * (y - meanY);
+            xy += (x - meanX) * (y - meanY);
+        }
+        EXPECT_NEAR(std::stod(row[1]), static_cast<double>(xy / (values.size() - 1)), 1e-6);
+        EXPECT_NEAR(std::stod(row[2]), static_cast<double>(xy / std::sqrt(xx * yy)), 1e-6);
+    }
+}
+
 TEST(CollectingMeasures, RefuseWhatTheyCannotHold) {
     const auto table = TableOf({ColumnOf(L"long", L"v", {"1"})});
     const auto bind = [&](const RefCntPtr<Exp>& exp) { return StatusOf([&] { exp->AllocateColumn(table.get()); }); };
@@ -138,6 +194,7 @@ TEST(CollectingMeasures, RefuseWhatTheyCannotHold) {
               status::QuantileExp_MakePrimitiveColumn);
     EXPECT_EQ(bind(Named<QuantileExp>(L"q", Literal(L"double", "1"), MakeRef<ColumnExp>(L"v"))),
               status::QuantileExp_MakePrimitiveColumn);
+    EXPECT_EQ(bind(Moments(L"var", {MakeRef<ColumnExp>(L"v")})), status::MomentsExp_MakePrimitiveColumn);
     EXPECT_EQ(bind(Named<CountdExp>(L"d", MakeRef<ColumnExp>(L"v"))), 0);
 }
 

@@ -13,15 +13,19 @@ namespace {
 
 using test::PassText;
 
-RefCntPtr<VQLQuery> Quantiles(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
-    return VQLRewriteQuantiles(factory, query);
-}
-RefCntPtr<VQLQuery> Countd(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
-    return VQLRewriteCountd(factory, query);
-}
-
 using Rewrite = RefCntPtr<VQLQuery> (*)(VQLIdentifierFactory&, const RefCntPtr<VQLQuery>&);
-constexpr Rewrite rewrites[] = {VQLRewriteCorrelations, VQLRewriteCovariances, VQLRewriteVariances, Quantiles, Countd};
+
+// A pass that keeps no aggregate.
+template <auto Pass>
+RefCntPtr<VQLQuery> All(VQLIdentifierFactory& factory, const RefCntPtr<VQLQuery>& query) {
+    return Pass(factory, query, {});
+}
+constexpr Rewrite Correlations = All<VQLRewriteCorrelations>;
+constexpr Rewrite Covariances = All<VQLRewriteCovariances>;
+constexpr Rewrite Variances = All<VQLRewriteVariances>;
+constexpr Rewrite Quantiles = All<VQLRewriteQuantiles>;
+constexpr Rewrite Countd = All<VQLRewriteCountd>;
+constexpr Rewrite rewrites[] = {Correlations, Covariances, Variances, Quantiles, Countd};
 
 std::wstring After(Rewrite rewrite, const std::wstring& text) {
     PassText passes;
@@ -34,20 +38,20 @@ TEST(VQLRewrites, AreTheSpelledOutForms) {
         const wchar_t* query;
         const wchar_t* rewritten;
     } const cases[] = {
-        {VQLRewriteVariances, L"(aggregate (table [t]) (([g] [g])) (([v] (var [d]))))",
+        {Variances, L"(aggregate (table [t]) (([g] [g])) (([v] (var [d]))))",
          L"(project (aggregate (project (project (join (table [t]) (project (aggregate (table [t]) (([g] [g])) "
          L"(([$temp0] (sum [d])) ([$temp1] (count [d])))) (([$temp2] (/ [$temp0] [$temp1])) ([$temp6] (- [$temp1] "
          L"1)))) (([g] [g])) (([$temp2] [$temp2]) ([$temp6] [$temp6])) isnotdistinct) (([$temp3] (- [d] [$temp2])))) "
          L"(([$temp4] (* [$temp3] [$temp3])))) (([g] [g])) (([$temp5] (sum [$temp4])) ([$temp7] (min [$temp6])))) "
          L"(([v] (/ [$temp5] [$temp7]))))"},
-        {VQLRewriteVariances, L"(aggregate (table [t]) () (([v] (varp [i])) ([w] (var [i])) ([n] (count))))",
+        {Variances, L"(aggregate (table [t]) () (([v] (varp [i])) ([w] (var [i])) ([n] (count))))",
          L"(project (aggregate (project (project (join (project (table [t]) (([$temp0] (to_real [i])))) (project "
          L"(aggregate (project (table [t]) (([$temp0] (to_real [i])))) () (([$temp1] (sum [$temp0])) ([$temp2] (count "
          L"[$temp0])))) (([$temp3] (/ [$temp1] [$temp2])) ([$temp7] [$temp2]) ([$temp9] (- [$temp2] 1)))) () "
          L"(([$temp3] [$temp3]) ([$temp7] [$temp7]) ([$temp9] [$temp9])) isnotdistinct) (([$temp4] (- [$temp0] "
          L"[$temp3])))) (([$temp5] (* [$temp4] [$temp4])))) () (([n] (count)) ([$temp6] (sum [$temp5])) ([$temp8] (min "
          L"[$temp7])) ([$temp10] (min [$temp9])))) (([v] (/ [$temp6] [$temp8])) ([w] (/ [$temp6] [$temp10]))))"},
-        {VQLRewriteCovariances, L"(aggregate (table [t]) (([g] [g])) (([c] (covar [d] [i]))))",
+        {Covariances, L"(aggregate (table [t]) (([g] [g])) (([c] (covar [d] [i]))))",
          L"(project (aggregate (project (project (join (project (project (table [t]) (([$temp0] (and (not (isnull "
          L"[d])) (not (isnull [i])))))) (([$temp1] (case [$temp0] [d] null)) ([$temp6] (case [$temp0] (to_real [i]) "
          L"null)))) (project (aggregate (project (project (table [t]) (([$temp0] (and (not (isnull [d])) (not (isnull "
@@ -57,7 +61,7 @@ TEST(VQLRewrites, AreTheSpelledOutForms) {
          L"1)))) (([g] [g])) (([$temp4] [$temp4]) ([$temp9] [$temp9]) ([$temp13] [$temp13])) isnotdistinct) (([$temp5] "
          L"(- [$temp1] [$temp4])) ([$temp10] (- [$temp6] [$temp9])))) (([$temp11] (* [$temp5] [$temp10])))) (([g] "
          L"[g])) (([$temp12] (sum [$temp11])) ([$temp14] (min [$temp13])))) (([c] (/ [$temp12] [$temp14]))))"},
-        {VQLRewriteCorrelations, L"(aggregate (table [t]) () (([c] (corr [d] [e]))))",
+        {Correlations, L"(aggregate (table [t]) () (([c] (corr [d] [e]))))",
          L"(project (aggregate (project (project (join (project (project (table [t]) (([$temp0] (and (not (isnull "
          L"[d])) (not (isnull [e])))))) (([$temp1] (case [$temp0] [d] null)) ([$temp6] (case [$temp0] [e] null)))) "
          L"(project (aggregate (project (project (table [t]) (([$temp0] (and (not (isnull [d])) (not (isnull [e])))))) "
@@ -151,7 +155,7 @@ TEST(VQLRewrites, RefuseWhatTheyCannotExpress) {
         {Countd,
          L"(aggregate (table [t]) () (([n] (countd [d])) ([c] (case true (sum [d]) null))))",
          {48033, "measures must be funcalls"}},
-        {VQLRewriteVariances, L"(table [t])", {48035, "query too large"}},
+        {Variances, L"(table [t])", {48035, "query too large"}},
     };
     // Each level reads its input twice.
     for (int i = 0; i < 40; ++i) cases[2].query = L"(aggregate " + cases[2].query + L" () (([d] (var [d]))))";

@@ -11,6 +11,7 @@
 #include "algebra/DataExp.h"
 #include "algebra/LiteralAtom.h"
 #include "algebra/MakeCall.h"
+#include "algebra/MomentsExp.h"
 #include "algebra/Namespace.h"
 #include "algebra/QuantileExp.h"
 #include "algebra/plan/status.h"
@@ -128,11 +129,17 @@ RefCntPtr<Exp> ExpBuilder::BuildCall(const std::wstring& op, const Nodes& form) 
                                                              : primitive::klassMap;
     const bool quantile = context == ContextType::aggregate && op == QuantileExp::opQuantile;
     const bool countd = context == ContextType::aggregate && op == CountdExp::opCountd;
-    if (!quantile && !countd && !IsOperation(klass, op)) m_reader.Raise(L"unknown function (" + op + L")", m_node);
+    const MomentsExp::Statistic* statistic = context == ContextType::aggregate ? MomentsExp::Find(op) : nullptr;
+    if (!quantile && !countd && !statistic && !IsOperation(klass, op))
+        m_reader.Raise(L"unknown function (" + op + L")", m_node);
     const Exp::Arguments arguments = BuildArguments(ContextType::map, form);
     if (quantile) {
         if (arguments.size() != 2) Raise(L"missing argument");
         return MakeRef<QuantileExp>(anonymous, arguments[0], arguments[1]);
+    }
+    if (statistic) {
+        if (arguments.size() != MomentsExp::CountArguments(*statistic)) Raise(L"missing argument");
+        return MakeRef<MomentsExp>(anonymous, op, *statistic, arguments);
     }
     if (countd) {
         if (arguments.size() != 1) Raise(L"missing argument");

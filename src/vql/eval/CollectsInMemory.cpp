@@ -12,6 +12,8 @@ namespace {
 constexpr uint64_t bytesForValue = 20;
 // A place of the hash table, of which half may be free, and an old one while it grows.
 constexpr uint64_t bytesForDistinct = 48;
+// Counts, means and sums of one group, twice while the list grows; every row may be a group.
+constexpr uint64_t bytesForMoments = 112;
 
 const VQLFuncallExpression* CallOf(const VQLBinding& measure, const wchar_t* function) {
     const auto* call = dynamic_cast<const VQLFuncallExpression*>(measure.second.get());
@@ -38,6 +40,16 @@ VQLKeepAggregate CollectsQuantiles(const DatabaseFamily& databases) {
         for (const VQLBinding& measure : query.GetMeasures())
             if (CallOf(measure, L"quantile")) room += bytesForValue;
         return room == 0 || Fits(databases, query, room);
+    };
+}
+
+VQLKeepAggregate FindsMoments(const DatabaseFamily& databases) {
+    return [&databases](const VQLAggregateQuery& query) {
+        uint64_t room = 0;
+        for (const VQLBinding& measure : query.GetMeasures())
+            for (const wchar_t* statistic : {L"var", L"varp", L"covar", L"covarp", L"corr"})
+                if (CallOf(measure, statistic)) room += bytesForMoments;
+        return room == 0 || query.GetGroupBys().empty() || Fits(databases, query, room);
     };
 }
 

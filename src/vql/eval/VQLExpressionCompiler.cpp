@@ -10,6 +10,7 @@
 #include "algebra/CountdExp.h"
 #include "algebra/LiteralAtom.h"
 #include "algebra/MakeCall.h"
+#include "algebra/MomentsExp.h"
 #include "algebra/Namespace.h"
 #include "algebra/QuantileExp.h"
 #include "metrics/Scope.h"
@@ -235,6 +236,19 @@ VQLExpressionCompiler::Compiled VQLExpressionCompiler::MakeQuantile(const VQLFun
     return {MakeRef<QuantileExp>(anonymous, value.exp, fraction), Describe(value.description->GetProperties(), false)};
 }
 
+VQLExpressionCompiler::Compiled VQLExpressionCompiler::MakeMoments(const std::wstring& op,
+                                                                   MomentsExp::Statistic statistic,
+                                                                   const Operands& operands) const {
+    Exp::Arguments values;
+    for (const Compiled& operand : operands) {
+        const usrtype* from = operand.description->GetType();
+        const bool isDouble = from == builtin::usrtypeof<double>();
+        values.push_back((isDouble ? operand : MakeCast(operand, builtin::usrtypeof<double>()->properties())).exp);
+    }
+    return {MakeRef<MomentsExp>(anonymous, op, statistic, std::move(values)),
+            Describe(primitive::primitive_props(L"double"), false)};
+}
+
 void VQLExpressionCompiler::NarrowLiteral(Operands& operands) const {
     if (operands.size() != 2 || operands[0].IsConstant() == operands[1].IsConstant()) return;
     const unsigned literal = operands[0].IsConstant() ? 0 : 1;
@@ -312,6 +326,10 @@ void VQLExpressionCompiler::VisitFuncall(VQLFuncallExpression& expression) {
         context == ContextType::aggregate && expression.GetExpressionType() == VQLExpressionType::aggregate;
     if (aggregates && op == QuantileExp::opQuantile) {
         Push(expression, MakeQuantile(expression, operands));
+        return;
+    }
+    if (const MomentsExp::Statistic* statistic = aggregates ? MomentsExp::Find(op) : nullptr) {
+        Push(expression, MakeMoments(op, *statistic, operands));
         return;
     }
     if (aggregates && op == CountdExp::opCountd) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "algebra/MomentsExp.h"
 #include "system/RefCntPtr.h"
 #include "types/usrprops.h"
 #include "vql/VQLExpression.h"
@@ -60,6 +61,7 @@ private:
     Compiled MakeCall(const VQLFuncallExpression& call, const wchar_t* klass, const Operands& operands) const;
     Compiled MakeCast(const Compiled& value, const usrprops& target) const;
     Compiled MakeQuantile(const VQLFuncallExpression& call, const Operands& operands) const;
+    Compiled MakeMoments(const std::wstring& op, MomentsExp::Statistic statistic, const Operands& operands) const;
     Compiled MakeConstant(const class usratom& atom) const;
     /// The literal as narrow as the type of the column that it is compared with, so that both have one width.
     void NarrowLiteral(Operands& operands) const;

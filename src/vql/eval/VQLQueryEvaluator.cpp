@@ -140,9 +140,12 @@ RefCntPtr<Namespace> VQLQueryEvaluator::Eval(const RefCntPtr<VQLNode>& node) con
     evaluation.Run("VQLLowerOrders", [&](Query query) { return VQLLowerOrders(factory, query); });
 
     // What is rewritten first leaves the later kinds in its last aggregate.
-    evaluation.Run("VQLRewriteCorrelations", [&](Query query) { return VQLRewriteCorrelations(factory, query); });
-    evaluation.Run("VQLRewriteCovariances", [&](Query query) { return VQLRewriteCovariances(factory, query); });
-    evaluation.Run("VQLRewriteVariances", [&](Query query) { return VQLRewriteVariances(factory, query); });
+    evaluation.Run("VQLRewriteCorrelations",
+                   [&](Query query) { return VQLRewriteCorrelations(factory, query, FindsMoments(m_databases)); });
+    evaluation.Run("VQLRewriteCovariances",
+                   [&](Query query) { return VQLRewriteCovariances(factory, query, FindsMoments(m_databases)); });
+    evaluation.Run("VQLRewriteVariances",
+                   [&](Query query) { return VQLRewriteVariances(factory, query, FindsMoments(m_databases)); });
     evaluation.Run("VQLRewriteQuantiles",
                    [&](Query query) { return VQLRewriteQuantiles(factory, query, CollectsQuantiles(m_databases)); });
     evaluation.Run("VQLRewriteCountd",

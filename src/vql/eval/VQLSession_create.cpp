@@ -9,11 +9,11 @@
 #include "os/Path.h"
 #include "storage/SimpleDatabase.h"
 #include "types/complete_type.h"
-#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/eval/VQLCommandArguments.h"
 #include "vql/eval/VQLQueryEvaluator.h"
 #include "vql/eval/VQLSession.h"
 #include "vql/eval/status.h"
+#include "vql/syntax/VQLPropertyListParser.h"
 
 namespace qve {
 namespace {

@@ -45,6 +45,8 @@ TEST(PlanText, ReadsExpressionsAsItWritesThem) {
         {ContextType::aggregate, L"(countstar)"},
         {ContextType::aggregate, L"(anyif [a] [t])"},
         {ContextType::aggregate, L"(quantile [b] 0.5)"},
+        {ContextType::aggregate, L"(countd [s])"},
+        {ContextType::aggregate, L"(corr [b] [b])"},
     };
     const auto input = Sample();
     for (const auto& test : cases) {
@@ -102,6 +104,7 @@ TEST(PlanText, RefusesWhatIsNoExpression) {
         {ContextType::map, L"(null)", "invalid null"},
         {ContextType::map, L"(plus [a] [b] [a] [b])", "missing argument"},
         {ContextType::aggregate, L"(quantile [b])", "missing argument"},
+        {ContextType::aggregate, L"(covar [b])", "missing argument"},
         {ContextType::map, L"(values [a])", "expected literal"},
         {ContextType::map, L"(7 8 9)", "unsupported literal type"},
     };
