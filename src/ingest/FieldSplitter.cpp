@@ -1,36 +1,90 @@
 #include "ingest/FieldSplitter.h"
 
-#include <emmintrin.h>
+#include <immintrin.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+
+#include "system/CPU.h"
 
 namespace qve {
 namespace {
 
 constexpr size_t block_size = 64;
+constexpr size_t window_blocks = 16;
+constexpr size_t window_size = block_size * window_blocks;
+constexpr unsigned at_once = 8;  // positions that are written without asking how many there are
 constexpr size_t not_closed = ~size_t{0};
-
-uint64_t Equals(const char* block, __m128i wanted) {
-    uint64_t mask = 0;
-    for (unsigned i = 0; i < 4; ++i) {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 16 * i));
-        const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted)));
-        mask |= static_cast<uint64_t>(bits) << (16 * i);
-    }
-    return mask;
-}
 
 constexpr uint64_t below(unsigned bit) {
     return (uint64_t{1} << bit) - 1;
 }
 
+/// The bytes that matter.
+struct Marks {
+    char field, record, quote, otherQuote;
+};
+
+/// For each byte of a block whether it is one of the marks; a byte that ends a record is nothing else.
+struct BlockMasks {
+    uint64_t fields, records, quotes;
+};
+
+uint64_t equals(const char* block, char wanted) {
+    const __m128i pattern = _mm_set1_epi8(wanted);
+    uint64_t mask = 0;
+    for (unsigned i = 0; i < 4; ++i) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 16 * i));
+        const auto bits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, pattern)));
+        mask |= static_cast<uint64_t>(bits) << (16 * i);
+    }
+    return mask;
+}
+
+void classify_plain(const char* text, const Marks& marks, BlockMasks* masks) {
+    for (size_t i = 0; i < window_blocks; ++i, text += block_size) {
+        const uint64_t records = equals(text, marks.record);
+        const uint64_t quotes = equals(text, marks.quote) | equals(text, marks.otherQuote);
+        masks[i] = {equals(text, marks.field) & ~records, records, quotes & ~records};
+    }
+}
+
+[[gnu::target("avx2")]] inline uint64_t bits_of(__m256i low, __m256i high) {
+    return static_cast<unsigned>(_mm256_movemask_epi8(low)) |
+           static_cast<uint64_t>(static_cast<unsigned>(_mm256_movemask_epi8(high))) << 32;
+}
+
+[[gnu::target("avx2")]] void classify_avx2(const char* text, const Marks& marks, BlockMasks* masks) {
+    const __m256i field = _mm256_set1_epi8(marks.field);
+    const __m256i record = _mm256_set1_epi8(marks.record);
+    const __m256i quote = _mm256_set1_epi8(marks.quote);
+    const __m256i other = _mm256_set1_epi8(marks.otherQuote);
+    for (size_t i = 0; i < window_blocks; ++i, text += block_size) {
+        const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text));
+        const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text + 32));
+        const uint64_t records = bits_of(_mm256_cmpeq_epi8(low, record), _mm256_cmpeq_epi8(high, record));
+        const uint64_t fields = bits_of(_mm256_cmpeq_epi8(low, field), _mm256_cmpeq_epi8(high, field));
+        const uint64_t quotes =
+            bits_of(_mm256_or_si256(_mm256_cmpeq_epi8(low, quote), _mm256_cmpeq_epi8(low, other)),
+                    _mm256_or_si256(_mm256_cmpeq_epi8(high, quote), _mm256_cmpeq_epi8(high, other)));
+        masks[i] = {fields & ~records, records, quotes & ~records};
+    }
+}
+
+void classify(const char* text, const Marks& marks, BlockMasks* masks) {
+    static const auto function =
+        CPU::IsVectFeatureEnabled() && __builtin_cpu_supports("avx2") ? classify_avx2 : classify_plain;
+    function(text, marks, masks);
+}
+
 }  // namespace
 
+/// What stands where in a window of the text that begins at `begin`.
 struct FieldSplitter::Masks {
-    uint64_t fields;
-    uint64_t records;
-    uint64_t quotes;
+    size_t begin = 0;
+    size_t end = 0;
+    BlockMasks blocks[window_blocks];
 };
 
 FieldSplitter::FieldSplitter(const parse_config& config)
@@ -41,10 +95,21 @@ FieldSplitter::FieldSplitter(const parse_config& config)
       m_escape(config.escape),
       m_hasEscape(config.escape != 0) {}
 
-FieldSplitter::Masks FieldSplitter::Classify(const char* block) const {
-    const uint64_t records = Equals(block, _mm_set1_epi8(m_record));
-    const uint64_t quotes = Equals(block, _mm_set1_epi8(m_double)) | Equals(block, _mm_set1_epi8(m_single));
-    return {Equals(block, _mm_set1_epi8(m_field)) & ~records, records, quotes & ~records};
+void FieldSplitter::Classify(const char* text, size_t length, Masks& masks) const {
+    const Marks marks{m_field, m_record, m_double, m_single};
+    const size_t room = length - masks.begin;
+    masks.end = masks.begin + window_size;
+    if (room >= window_size) return classify(text + masks.begin, marks, masks.blocks);
+    char tail[window_size];
+    std::memcpy(tail, text + masks.begin, room);
+    std::memset(tail + room, 0, window_size - room);
+    classify(tail, marks, masks.blocks);
+    // Even 0 may be a mark, but not behind the end.
+    for (size_t i = room / block_size; i < window_blocks; ++i) {
+        const uint64_t valid = i == room / block_size ? below(room % block_size) : 0;
+        BlockMasks& block = masks.blocks[i];
+        block = {block.fields & valid, block.records & valid, block.quotes & valid};
+    }
 }
 
 // The place behind the quote that closes the one at `quote`.
@@ -70,52 +135,56 @@ void FieldSplitter::Split(const char* text, size_t length, bool final, SplitText
     size_t count = 0;
     size_t records = 0;
     const auto reserve = [&] {
-        if (out.delimiters.size() < count + block_size + 1) out.delimiters.resize(2 * count + 4096);
+        if (out.delimiters.size() < count + block_size + at_once) out.delimiters.resize(2 * count + 4096);
         if (out.records.size() < records + block_size + 1) out.records.resize(2 * records + 1024);
     };
     const auto emit = [&](size_t base, uint64_t fields, uint64_t ends) {
-        unsigned* to = out.delimiters.data();
         const uint64_t all = fields | ends;
         for (; ends; ends &= ends - 1) {
             const auto bit = static_cast<unsigned>(std::countr_zero(ends));
             const uint64_t upTo = below(bit) | uint64_t{1} << bit;
             out.records[records++] = static_cast<unsigned>(count + std::popcount(all & upTo));
         }
-        for (uint64_t rest = all; rest; rest &= rest - 1) {
-            to[count++] = static_cast<unsigned>(base + std::countr_zero(rest));
+        unsigned* to = out.delimiters.data() + count;
+        const auto found = static_cast<unsigned>(std::popcount(all));
+        uint64_t rest = all;
+        for (unsigned done = 0; done < found; done += at_once, to += at_once) {
+            // What is too much is written over by the next block.
+            for (unsigned i = 0; i < at_once; ++i, rest &= rest - 1) {
+                to[i] = static_cast<unsigned>(base) + static_cast<unsigned>(std::countr_zero(rest));
+            }
         }
+        count += found;
     };
 
-    char tail[block_size];
+    Masks masks;
     bool atStart = true;  // the next byte begins a field
     for (size_t i = 0; i < length;) {
-        reserve();
-        const size_t room = length - i;
-        const char* block = text + i;
-        uint64_t valid = ~uint64_t{0};
-        if (room < block_size) {
-            std::memcpy(tail, block, room);
-            std::memset(tail + room, 0, block_size - room);
-            block = tail;
-            valid = below(static_cast<unsigned>(room));
+        if (i < masks.begin || i >= masks.end) {
+            masks.begin = i / block_size * block_size;
+            Classify(text, length, masks);
         }
-        Masks masks = Classify(block);
-        masks.fields &= valid;
-        masks.records &= valid;
-        const uint64_t all = masks.fields | masks.records;
-        uint64_t openers = masks.quotes & valid & (all << 1 | static_cast<uint64_t>(atStart));
-        size_t next = i + block_size;
+        reserve();
+        const size_t base = i / block_size * block_size;
+        const BlockMasks& block = masks.blocks[(base - masks.begin) / block_size];
+        const auto first = static_cast<unsigned>(i - base);
+        const uint64_t ahead = ~below(first);
+        const uint64_t fields = block.fields & ahead;
+        const uint64_t ends = block.records & ahead;
+        const uint64_t all = fields | ends;
+        const uint64_t openers = block.quotes & ahead & (all << 1 | static_cast<uint64_t>(atStart) << first);
+        size_t next = base + block_size;
         if (openers == 0) {
-            emit(i, masks.fields, masks.records);
+            emit(base, fields, ends);
             atStart = (all >> 63) != 0;
         } else {
             const auto opener = static_cast<unsigned>(std::countr_zero(openers));
-            emit(i, masks.fields & below(opener), masks.records & below(opener));
-            next = SkipQuoted(text, length, i + opener);
+            emit(base, fields & below(opener), ends & below(opener));
+            next = SkipQuoted(text, length, base + opener);
             if (next == not_closed) {
-                const bool runaway = length - (i + opener) > maxQuoted;
+                const bool runaway = length - (base + opener) > maxQuoted;
                 if (!final && !runaway) break;
-                next = i + opener + 1;
+                next = base + opener + 1;
             }
             atStart = false;
         }

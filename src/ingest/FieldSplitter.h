@@ -34,7 +34,7 @@ public:
 
 private:
     struct Masks;
-    Masks Classify(const char* block) const;
+    void Classify(const char* text, size_t length, Masks& masks) const;
     size_t SkipQuoted(const char* text, size_t length, size_t quote) const;
 
     const char m_record;

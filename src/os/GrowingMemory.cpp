@@ -31,6 +31,7 @@ void GrowingMemory::Release() {
 void GrowingMemory::Swap(GrowingMemory& other) noexcept {
     std::swap(m_bytes, other.m_bytes);
     std::swap(m_size, other.m_size);
+    std::swap(m_used, other.m_used);
     std::swap(m_capacity, other.m_capacity);
 }
 
@@ -56,6 +57,7 @@ void GrowingMemory::Reserve(uint64_t capacity) {
     if (!grows) {
         if (m_size > 0) std::memcpy(bytes, m_bytes, m_size);
         std::free(m_bytes);
+        m_used = m_size;
     }
     m_bytes = static_cast<char*>(bytes);
     m_capacity = capacity;
@@ -63,8 +65,11 @@ void GrowingMemory::Reserve(uint64_t capacity) {
 
 void GrowingMemory::Resize(uint64_t size) {
     Reserve(size);
-    if (size > m_size) std::memset(m_bytes + m_size, 0, size - m_size);
+    // A mapping begins as zeros: only what was in use before has to be cleared.
+    const uint64_t dirty = m_capacity >= mapped ? std::min(size, m_used) : size;
+    if (dirty > m_size) std::memset(m_bytes + m_size, 0, dirty - m_size);
     m_size = size;
+    m_used = std::max(m_used, size);
 }
 
 void GrowingMemory::Append(const void* bytes, uint64_t count) {
@@ -73,6 +78,7 @@ void GrowingMemory::Append(const void* bytes, uint64_t count) {
     Reserve(m_size + count);
     std::memcpy(m_bytes + m_size, bytes, count);
     m_size += count;
+    m_used = std::max(m_used, m_size);
 }
 
 }  // namespace qve

@@ -32,6 +32,7 @@ private:
 
     char* m_bytes = nullptr;
     uint64_t m_size = 0;
+    uint64_t m_used = 0;      // the greatest size so far in this block
     uint64_t m_capacity = 0;  // from `mapped` on the block is a mapping of its own, before that it is on the heap
 };
 
