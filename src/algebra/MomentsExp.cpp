@@ -41,17 +41,33 @@ struct Values {
     bool single;
 };
 
+// All values are taken from the first one on, so that a large mean costs no digits.
 struct Moments {
     double count = 0;
-    double mean = 0;
+    double origin = 0;   // the first value
+    double mean = 0;     // from the origin
     double squares = 0;  // the sum of the squares of deviations
 
+    bool IsEmpty() const { return count == 0; }
+    /// Takes `x`, which must be a value, for the first one.
+    void Start(double x) { origin = x; }
     void Add(double x) {
         if (std::isnan(x)) return;
+        if (IsEmpty()) Start(x);
+        x -= origin;
         count += 1;
         const double deviation = x - mean;
         mean += deviation / count;
         squares += deviation * (x - mean);
+    }
+    // Those of values that were taken apart, from the same origin.
+    void Add(const Moments& other) {
+        if (other.count == 0) return;
+        const double both = count + other.count;
+        const double distance = other.mean - mean;
+        squares += other.squares + distance * distance * (count * other.count / both);
+        mean += distance * (other.count / both);
+        count = both;
     }
     double Result(Statistic statistic) const {
         return Quotient(squares, statistic == Statistic::var ? count - 1 : count);
@@ -63,12 +79,25 @@ struct JointMoments {
     Moments y;
     double products = 0;  // of deviations
 
+    bool IsEmpty() const { return x.IsEmpty(); }
+    void Start(double first, double second) {
+        x.Start(first);
+        y.Start(second);
+    }
     void Add(double first, double second) {
         if (std::isnan(first) || std::isnan(second)) return;
-        const double deviation = first - x.mean;
+        if (IsEmpty()) Start(first, second);
+        const double deviation = first - x.origin - x.mean;
         x.Add(first);
         y.Add(second);
-        products += deviation * (second - y.mean);
+        products += deviation * (second - y.origin - y.mean);
+    }
+    void Add(const JointMoments& other) {
+        if (other.x.count == 0) return;
+        const double weight = x.count * other.x.count / (x.count + other.x.count);
+        products += other.products + (other.x.mean - x.mean) * (other.y.mean - y.mean) * weight;
+        x.Add(other.x);
+        y.Add(other.y);
     }
     double Result(Statistic statistic) const {
         if (statistic == Statistic::corr) return Quotient(products, std::sqrt(x.squares) * std::sqrt(y.squares));
@@ -76,18 +105,69 @@ struct JointMoments {
     }
 };
 
-// Calls `add(group, row)` for the selected rows.
-template <class Add>
-void ForRows(unsigned count, input_column groups, const unsigned* sel, Add add) {
-    const unsigned* numbers = groups.values<unsigned>();
-    if (groups.flags & column_flags::constant) {
-        for (unsigned k = 0; k < count; ++k) add(numbers[0], sel ? sel[k] : k);
-    } else {
+// The moments of rows of one group, from the origin of `group`, by a first pass over the page for the means. With one
+// division for all of them this is much faster than value by value.
+JointMoments OfPage(const JointMoments& group, unsigned count, const unsigned* sel, Values x, Values y) {
+    JointMoments page;
+    const auto visit = [&](auto take) {
         for (unsigned k = 0; k < count; ++k) {
             const unsigned row = sel ? sel[k] : k;
-            add(numbers[row], row);
+            const double first = x[row] - group.x.origin;
+            const double second = y[row] - group.y.origin;
+            take(first, second, !std::isnan(first) && !std::isnan(second));
         }
+    };
+    double n = 0, sumX = 0, sumY = 0;
+    visit([&](double first, double second, bool present) {
+        n += present ? 1 : 0;
+        sumX += present ? first : 0;
+        sumY += present ? second : 0;
+    });
+    if (n == 0) return page;
+    page.x.count = page.y.count = n;
+    page.x.mean = sumX / n;
+    page.y.mean = sumY / n;
+    visit([&](double first, double second, bool present) {
+        const double dx = present ? first - page.x.mean : 0;
+        const double dy = present ? second - page.y.mean : 0;
+        page.x.squares += dx * dx;
+        page.y.squares += dy * dy;
+        page.products += dx * dy;
+    });
+    return page;
+}
+Moments OfPage(const Moments& group, unsigned count, const unsigned* sel, Values x) {
+    double n = 0, sum = 0;
+    const auto at = [&](unsigned k) { return x[sel ? sel[k] : k] - group.origin; };
+    for (unsigned k = 0; k < count; ++k) {
+        const double value = at(k);
+        n += std::isnan(value) ? 0 : 1;
+        sum += std::isnan(value) ? 0 : value;
     }
+    Moments page;
+    if (n == 0) return page;
+    page.count = n;
+    page.mean = sum / n;
+    for (unsigned k = 0; k < count; ++k) {
+        const double value = at(k);
+        const double deviation = std::isnan(value) ? 0 : value - page.mean;
+        page.squares += deviation * deviation;
+    }
+    return page;
+}
+
+// Adds the rows of a page to the moments of their groups.
+template <class M, class... X>
+void AddRows(M* moments, unsigned count, input_column groups, const unsigned* sel, X... values) {
+    const unsigned* numbers = groups.values<unsigned>();
+    const auto row = [sel](unsigned k) { return sel ? sel[k] : k; };
+    if ((groups.flags & column_flags::constant) == 0) {
+        for (unsigned k = 0; k < count; ++k) moments[numbers[row(k)]].Add(values[row(k)]...);
+        return;
+    }
+    M& group = moments[numbers[0]];
+    if (!group.IsEmpty()) return group.Add(OfPage(group, count, sel, values...));
+    for (unsigned k = 0; k < count; ++k) group.Add(values[row(k)]...);  // the first value is the origin of all others
 }
 
 template <class M>
@@ -117,9 +197,7 @@ public:
     void Add(const Arguments& arguments, unsigned count, input_column groups, const unsigned* sel, uint64_t first,
              uint64_t size) override {
         m_moments.resize(size);
-        const Values x(*arguments[0]);
-        Moments* moments = m_moments.data() + first;
-        ForRows(count, groups, sel, [&](unsigned group, unsigned row) { moments[group].Add(x[row]); });
+        AddRows(m_moments.data() + first, count, groups, sel, Values(*arguments[0]));
     }
     void Finish(Column& results, Statistic statistic, uint64_t size) override {
         m_moments.resize(size);
@@ -135,10 +213,7 @@ public:
     void Add(const Arguments& arguments, unsigned count, input_column groups, const unsigned* sel, uint64_t first,
              uint64_t size) override {
         m_moments.resize(size);
-        const Values x(*arguments[0]);
-        const Values y(*arguments[1]);
-        JointMoments* moments = m_moments.data() + first;
-        ForRows(count, groups, sel, [&](unsigned group, unsigned row) { moments[group].Add(x[row], y[row]); });
+        AddRows(m_moments.data() + first, count, groups, sel, Values(*arguments[0]), Values(*arguments[1]));
     }
     void Finish(Column& results, Statistic statistic, uint64_t size) override {
         m_moments.resize(size);

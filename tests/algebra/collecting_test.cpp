@@ -182,8 +182,8 @@ TEST(CollectingMeasures, FindMomentsAsTwoPassesDo) {
             yy += (y - meanY) * (y - meanY);
             xy += (x - meanX) * (y - meanY);
         }
-        EXPECT_NEAR(std::stod(row[1]), static_cast<double>(xy / (values.size() - 1)), 1e-6);
-        EXPECT_NEAR(std::stod(row[2]), static_cast<double>(xy / std::sqrt(xx * yy)), 1e-6);
+        EXPECT_NEAR(std::stod(row[1]), static_cast<double>(xy / (values.size() - 1)), 1e-12);
+        EXPECT_NEAR(std::stod(row[2]), static_cast<double>(xy / std::sqrt(xx * yy)), 1e-12);
     }
 }
 

@@ -13,7 +13,7 @@ constexpr uint64_t bytesForValue = 20;
 // A place of the hash table, of which half may be free, and an old one while it grows.
 constexpr uint64_t bytesForDistinct = 48;
 // Counts, means and sums of one group, twice while the list grows; every row may be a group.
-constexpr uint64_t bytesForMoments = 112;
+constexpr uint64_t bytesForMoments = 144;
 
 const VQLFuncallExpression* CallOf(const VQLBinding& measure, const wchar_t* function) {
     const auto* call = dynamic_cast<const VQLFuncallExpression*>(measure.second.get());
