@@ -61,17 +61,38 @@ using compare_sig = sig<bit, A, B>;
 template <class T>
 using compare_same_sig = sig<bit, T, T>;
 
-using comparable_signatures = joined<for_each_atom<compare_same_sig, joined<atoms<bit>, time_atoms>>,
-                                     for_each_pair<compare_sig, number_atoms>, for_each_pair<compare_sig, index_atoms>,
-                                     signatures<sig<bit, date, datetime>, sig<bit, datetime, date>,
-                                                sig<bit, datetime, duration>, sig<bit, duration, datetime>>>;
+namespace detail {
+
+template <class... Sigs>
+struct unlike;
+template <>
+struct unlike<> {
+    using type = signatures<>;
+};
+template <class A, class B, class... More>
+struct unlike<sig<bit, A, B>, More...> {
+    using rest = typename unlike<More...>::type;
+    using type =
+        std::conditional_t<std::is_same_v<A, B>, rest, typename joined<signatures<sig<bit, A, B>>, rest>::type>;
+};
+template <class... Sigs>
+typename unlike<Sigs...>::type unlike_of(signatures<Sigs...>);
+
+}  // namespace detail
+
+/// Pairs of one type, and pairs of two. Literals are brought to the type of the column that they are compared with, so
+/// the former are what queries are made of.
+using like_signatures = for_each_atom<compare_same_sig, plain_atoms>;
+using unlike_signatures =
+    decltype(detail::unlike_of(joined<for_each_pair<compare_sig, number_atoms>, for_each_pair<compare_sig, index_atoms>,
+                                      signatures<sig<bit, date, datetime>, sig<bit, datetime, date>,
+                                                 sig<bit, datetime, duration>, sig<bit, duration, datetime>>>()));
 using comparable_text_signatures = for_each_pair<compare_sig, usr_atoms>;
 
 /// The operation of a comparison Op, which has `name`, `equality` (true when it only asks whether two values are equal)
 /// and `template <class T> static bool holds(T a, T b)` for numbers. A null compares to null.
 template <class Op>
 struct strict_comparison {
-    static constexpr bool vectorised = true;
     static constexpr bool equality = Op::equality;
 
     template <class R, class A, class B>
@@ -89,7 +110,6 @@ struct strict_comparison {
 /// Two NaN are not distinct, as sorted groups need it.
 template <class Op>
 struct null_comparison {
-    static constexpr bool vectorised = true;
     static constexpr bool equality = true;
     static constexpr null_rule nulls = null_rule::own;
     static constexpr bool never_null = true;
@@ -115,17 +135,25 @@ struct null_comparison {
     }
 };
 
+/// With dense loops for the wider vector units. They double what has to be compiled, so only for pairs of one type.
+template <class Rule>
+struct vectorised_comparison : Rule {
+    static constexpr bool vectorised = true;
+};
+
 /// Registers a comparison as map and as select over all comparable types and over text.
 template <class Op, template <class> class Rule>
 class register_comparison : public registration {
 public:
     register_comparison() {
         using rule = Rule<Op>;
-        add(primitive::klassMap, Op::name, kernel_span(kernel_table<map_maker<rule>, comparable_signatures, modes2>));
+        using wide = vectorised_comparison<rule>;
+        add(primitive::klassMap, Op::name, kernel_span(kernel_table<map_maker<wide>, like_signatures, modes2>));
+        add(primitive::klassMap, Op::name, kernel_span(kernel_table<map_maker<rule>, unlike_signatures, modes2>));
         add(primitive::klassMap, Op::name,
             kernel_span(kernel_table<text_map_maker<rule>, comparable_text_signatures, modes2>));
-        add(primitive::klassSelect, Op::name,
-            kernel_span(kernel_table<select_maker<rule>, comparable_signatures, modes2>));
+        add(primitive::klassSelect, Op::name, kernel_span(kernel_table<select_maker<wide>, like_signatures, modes2>));
+        add(primitive::klassSelect, Op::name, kernel_span(kernel_table<select_maker<rule>, unlike_signatures, modes2>));
         add(primitive::klassSelect, Op::name,
             kernel_span(kernel_table<text_select_maker<rule>, comparable_text_signatures, modes2>));
     }
