@@ -3,10 +3,10 @@
 #include "types/complete_type.h"
 #include "types/usrtype.h"
 #include "vql/VQLExpressions.h"
-#include "vql/syntax/VQLNodeReader.h"
-#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/status.h"
+#include "vql/syntax/VQLNodeReader.h"
 #include "vql/syntax/VQLParser.h"
+#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/syntax/VQLSymbols.h"
 
 namespace qve {

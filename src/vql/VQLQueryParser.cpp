@@ -6,11 +6,11 @@
 #include "metrics/Scope.h"
 #include "vql/VQLExpressionParser.h"
 #include "vql/VQLExpressions.h"
-#include "vql/syntax/VQLNodeReader.h"
-#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/VQLQueries.h"
 #include "vql/status.h"
+#include "vql/syntax/VQLNodeReader.h"
 #include "vql/syntax/VQLParser.h"
+#include "vql/syntax/VQLPropertyListParser.h"
 #include "vql/syntax/VQLSymbols.h"
 
 namespace qve {

@@ -45,8 +45,8 @@ public:
     /// The plan of a statement, null for an empty text. Throws VQLException 48048 "must select a database" for a query
     /// when there is none, and whatever parsing, checking and compiling throw.
     RefCntPtr<Namespace> Prepare(const std::wstring& text);
-    /// The plan that a text in the language of plans stands for; null for an empty text. Throws VQLException 48046 "must
-    /// select a database" when there is none, and what NamespaceBuilder throws.
+    /// The plan that a text in the language of plans stands for; null for an empty text. Throws VQLException 48046
+    /// "must select a database" when there is none, and what NamespaceBuilder throws.
     RefCntPtr<Namespace> Plan(const std::wstring& text);
     /// Runs a statement to its end: the built table of its rows, or null.
     RefCntPtr<Table> Eval(const std::wstring& text, EvalTimers& timers);
