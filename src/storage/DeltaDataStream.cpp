@@ -48,9 +48,9 @@ T add_up(const uint32_t* packed, unsigned count, std::make_unsigned_t<T> base, T
         sums = _mm256_add_epi32(sums, _mm256_slli_si256(sums, 8));
         const __m256i low = _mm256_permutevar8x32_epi32(sums, endOfLow);
         sums = _mm256_add_epi32(sums, _mm256_blend_epi32(_mm256_setzero_si256(), low, 0xF0));
-        sums = _mm256_add_epi32(sums, carry);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), sums);
-        carry = _mm256_permutevar8x32_epi32(sums, endOfAll);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_add_epi32(sums, carry));
+        // One addition waits for the last register; the sums within this one do not.
+        carry = _mm256_add_epi32(carry, _mm256_permutevar8x32_epi32(sums, endOfAll));
     }
     return _mm256_cvtsi256_si32(carry);
 }
@@ -65,9 +65,8 @@ T add_up(const uint32_t* packed, unsigned count, std::make_unsigned_t<T> base, T
         sums = _mm256_add_epi64(sums, _mm256_slli_si256(sums, 8));
         const __m256i low = _mm256_permute4x64_epi64(sums, 0x55);
         sums = _mm256_add_epi64(sums, _mm256_blend_epi32(_mm256_setzero_si256(), low, 0xF0));
-        sums = _mm256_add_epi64(sums, carry);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), sums);
-        carry = _mm256_permute4x64_epi64(sums, 0xFF);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), _mm256_add_epi64(sums, carry));
+        carry = _mm256_add_epi64(carry, _mm256_permute4x64_epi64(sums, 0xFF));
     }
     return _mm_cvtsi128_si64(_mm256_castsi256_si128(carry));
 }
