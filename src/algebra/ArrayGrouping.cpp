@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
+#include <charconv>
 #include <limits>
-#include <new>
 #include <type_traits>
 
+#include "algebra/Table.h"
 #include "algebra/direct_table.h"
 #include "storage/Column.h"
+#include "system/unicode.h"
 
 namespace qve {
 
@@ -18,6 +20,9 @@ namespace {
 // so many slots for each row that was seen, up to the ceiling (256 MiB).
 constexpr uint64_t floorSlots = uint64_t{1} << 23;
 constexpr uint64_t slotsPerRow = 16;
+constexpr uint64_t denseSlotsPerRow = 8;
+// From so many slots on, 256 KiB, ranks are better than the table.
+constexpr uint64_t rankedSlots = uint64_t{1} << 16;
 constexpr uint64_t ceilingSlots = uint64_t{1} << 26;
 
 // A key of width U to its slot: the distance from the base if that is in range, else one of the two last slots.
@@ -34,6 +39,12 @@ struct RangeSlot {
         return slot;
     }
 };
+
+bool ParseInteger(const std::wstring& text, long long& value) {
+    const std::string digits = narrow(text);
+    const char* const end = digits.data() + digits.size();
+    return std::from_chars(digits.data(), end, value).ptr == end && !digits.empty();
+}
 
 template <class U>
 constexpr U signBit = U{1} << (sizeof(U) * 8 - 1);
@@ -78,11 +89,11 @@ ArrayGrouping::~ArrayGrouping() = default;
 
 void ArrayGrouping::Reset(unsigned size) {
     Grouping::Reset(size);
-    m_table.reset(static_cast<unsigned*>(std::calloc(2, sizeof(unsigned))));
-    if (!m_table) throw std::bad_alloc();
+    m_table = MakeTable(0);
     m_slots = 0;
     m_base = 0;
     m_rows = 0;
+    m_ranks.reset();
 }
 
 RefCntPtr<Grouping::Context> ArrayGrouping::MakeContext(const Namespace* rows, const Namespace* groups) const {
@@ -105,7 +116,7 @@ unsigned ArrayGrouping::Probe(unsigned count, unsigned* misses, output_column gr
                               const unsigned* sel, Context*) {
     m_rows += count;
     return WithSlots(hashes, m_base, m_slots, m_signed, [&](const auto* keys, auto slot) {
-        return ProbeDirect(count, misses, groups, keys, sel, m_table.get(), slot);
+        return ProbeDirect(count, misses, groups, keys, sel, GetTable(), slot);
     });
 }
 
@@ -138,6 +149,11 @@ bool ArrayGrouping::Accepts(unsigned count, const unsigned* rows, input_column h
     });
 }
 
+// A table of which most is not touched is not to be filled up by large pages.
+ZeroedMemory ArrayGrouping::MakeTable(uint64_t slots) const {
+    return ZeroedMemory((slots + 2) * sizeof(unsigned), slots <= m_rows * denseSlotsPerRow);
+}
+
 // Makes the table cover `low` to `high`, and some more on the side on which it grows; `low` becomes where it begins.
 bool ArrayGrouping::Grow(uint64_t oldLow, uint64_t oldHigh, uint64_t& low, uint64_t high, uint64_t top) {
     const uint64_t most = std::clamp(m_rows * slotsPerRow, floorSlots, ceilingSlots);
@@ -151,10 +167,10 @@ bool ArrayGrouping::Grow(uint64_t oldLow, uint64_t oldHigh, uint64_t& low, uint6
     if (high > oldHigh) high += std::min({m_slots, spare, top - 1 - std::min(high, top - 1)});
 
     const uint64_t slots = high - low + 1;
-    std::unique_ptr<unsigned[], Free> table(static_cast<unsigned*>(std::calloc(slots + 2, sizeof(unsigned))));
-    if (!table) throw std::bad_alloc();
-    std::copy_n(m_table.get(), m_slots, table.get() + (oldLow - low));
-    table[slots + 1] = m_table[m_slots + 1];
+    ZeroedMemory table = MakeTable(slots);
+    auto* const entries = static_cast<unsigned*>(table.data());
+    std::copy_n(GetTable(), m_slots, entries + (oldLow - low));
+    entries[slots + 1] = GetTable()[m_slots + 1];
     m_table = std::move(table);
     m_slots = slots;
     return true;
@@ -162,7 +178,7 @@ bool ArrayGrouping::Grow(uint64_t oldLow, uint64_t oldHigh, uint64_t& low, uint6
 
 unsigned ArrayGrouping::FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) {
     return WithSlots(hashes, m_base, m_slots, m_signed, [&](const auto* keys, auto slot) {
-        return FindInsertsDirect(count, inserts, retries, keys, m_table.get(), slot);
+        return FindInsertsDirect(count, inserts, retries, keys, GetTable(), slot);
     });
 }
 
@@ -173,18 +189,58 @@ void ArrayGrouping::InsertHash(unsigned hash, unsigned group) {
 
 void ArrayGrouping::InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) {
     WithSlots(hashes, m_base, m_slots, m_signed,
-              [&](const auto* keys, auto slot) { InsertDirect(count, rows, keys, first, m_table.get(), slot); });
+              [&](const auto* keys, auto slot) { InsertDirect(count, rows, keys, first, GetTable(), slot); });
+}
+
+bool ArrayGrouping::HashInner(const RefCntPtr<Table>& inner, const Namespace& keys,
+                              const std::vector<std::wstring>& names, unsigned pageSize,
+                              const ProgressCallback* progress) {
+    m_rows = inner->Build(pageSize);
+    Reserve(*inner->DescribeColumn(names.front()));
+    if (!Grouping::HashInner(inner, keys, names, pageSize, progress)) return false;
+    UseRanks();
+    return true;
+}
+
+// Small tables stay in the cache as they are.
+void ArrayGrouping::UseRanks() {
+    if (m_slots < rankedSlots || GetLinks() || GetTable()[m_slots + 1] != 0) return;
+    m_ranks.emplace(GetTable(), m_slots);
+    if (m_ranks->IsEmpty()) {
+        m_ranks.reset();
+    } else {
+        m_table = ZeroedMemory();
+    }
+}
+
+// What the column says may be wrong by now, but what lies outside is taken when it comes.
+void ArrayGrouping::Reserve(const Column& keys) {
+    const std::wstring* low = keys.GetProperties().get(usrpropkey::min_value);
+    const std::wstring* high = keys.GetProperties().get(usrpropkey::max_value);
+    if (!low || !high || keys.GetDataType() != DataType::integer) return;
+    long long first = 0;
+    long long last = 0;
+    if (!ParseInteger(*low, first) || !ParseInteger(*high, last) || first > last) return;
+    const uint64_t range = static_cast<uint64_t>(last) - static_cast<uint64_t>(first);
+    if (range >= std::clamp(m_rows * slotsPerRow, floorSlots, ceilingSlots)) return;
+    m_table = MakeTable(range + 1);
+    m_slots = range + 1;
+    m_base = static_cast<uint64_t>(first);
 }
 
 void ArrayGrouping::InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) {
     WithSlots(hashes, m_base, m_slots, m_signed,
-              [&](const auto* keys, auto slot) { InsertRowsDirect(count, rows, keys, base, m_table.get(), slot); });
+              [&](const auto* keys, auto slot) { InsertRowsDirect(count, rows, keys, base, GetTable(), slot); });
 }
 
 unsigned ArrayGrouping::ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes,
                                   const unsigned* sel, Context*) {
     return WithSlots(hashes, m_base, m_slots, m_signed, [&](const auto* keys, auto slot) {
-        return ProbeHitsDirect(count, hits, groups.values<unsigned>(), keys, sel, m_table.get(), slot);
+        if (m_ranks) {
+            const auto place = [slot, none = m_slots](auto key) { return std::min<uint64_t>(slot(key), none); };
+            return m_ranks->ProbeHits(count, hits, groups.values<unsigned>(), keys, sel, place);
+        }
+        return ProbeHitsDirect(count, hits, groups.values<unsigned>(), keys, sel, GetTable(), slot);
     });
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "algebra/Grouping.h"
+#include "algebra/KeyRanks.h"
+#include "os/ZeroedMemory.h"
 
 namespace qve {
 
@@ -32,6 +33,9 @@ public:
     /// `hash` is a key; only for keys that fit into 32 bits.
     void InsertHash(unsigned hash, unsigned group) override;
     void InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) override;
+    /// Makes room for the range that the inner key column tells of. Afterwards only ProbeHits may be called.
+    bool HashInner(const RefCntPtr<Table>& inner, const Namespace& keys, const std::vector<std::wstring>& names,
+                   unsigned pageSize, const ProgressCallback* progress) override;
     void InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) override;
     unsigned ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes, const unsigned* sel,
                        Context* context) override;
@@ -49,9 +53,10 @@ protected:
 
 private:
     class ColumnContext;
-    struct Free {
-        void operator()(unsigned* p) const { std::free(p); }
-    };
+    ZeroedMemory MakeTable(uint64_t slots) const;
+    unsigned* GetTable() { return static_cast<unsigned*>(m_table.data()); }
+    void Reserve(const Column& keys);
+    void UseRanks();
     bool Grow(uint64_t oldLow, uint64_t oldHigh, uint64_t& low, uint64_t high, uint64_t top);
 
     const std::wstring m_probeKey;
@@ -59,10 +64,11 @@ private:
     const bool m_signed;
     // Slot k holds the group of the key m_base + k, plus 1, and 0 where there is none. Two slots follow: one that stays
     // 0, for keys out of range, and that of the null. The memory is only touched where keys are.
-    std::unique_ptr<unsigned[], Free> m_table;
+    ZeroedMemory m_table;
     uint64_t m_slots = 0;
-    uint64_t m_base = 0;  // of the width of the keys
-    uint64_t m_rows = 0;  // seen so far
+    uint64_t m_base = 0;              // of the width of the keys
+    uint64_t m_rows = 0;              // seen so far
+    std::optional<KeyRanks> m_ranks;  // in place of the table, when the rows of a join's inner table allow it
 };
 
 }  // namespace qve

@@ -13,6 +13,9 @@ namespace qve {
 
 namespace {
 
+// Rows of the pages in which the inner table is built: what each page costs counts for less then.
+constexpr unsigned buildRows = 8192;
+
 ColumnNames OutputNames(const DataFlow& outer, const Join::NamePairs& imports) {
     ColumnNames names = outer.GetColumnNames();
     for (const auto& [inner, name] : imports) names.insert(name);
@@ -85,10 +88,11 @@ void Join::HashInner(unsigned pageSize) {
 
     // The consumers' columns are bound to the dictionaries of the inner table once it is built.
     for (const auto& entry : m_columns) GetColumn(entry.first);
-    m_innerCount = BuildInner(pageSize);
+    const unsigned buildSize = std::max(pageSize, buildRows);
+    m_innerCount = BuildInner(buildSize);
     time.SetNumber(m_innerCount);
-    EnforceCompatibility(pageSize);
-    ChooseGrouping(pageSize);
+    EnforceCompatibility(buildSize);
+    ChooseGrouping(buildSize);
     m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get());
     m_linkColumn = m_grouping->GetLinks();
     if (m_linkColumn) {
