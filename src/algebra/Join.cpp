@@ -94,7 +94,7 @@ void Join::HashInner(unsigned pageSize) {
     EnforceCompatibility(buildSize);
     ChooseGrouping(buildSize);
     m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get());
-    m_linkColumn = m_grouping->GetLinks();
+    m_linkColumn = FollowsLinks() ? m_grouping->GetLinks() : nullptr;
     if (m_linkColumn) {
         m_linkColumn->Seek(0, m_innerCount);
         m_links = m_linkColumn->GetInput().values<unsigned>();

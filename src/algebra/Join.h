@@ -68,6 +68,8 @@ protected:
     /// Fills the imported columns of the `count` rows that `sel` lists, or of the first ones, with the inner rows
     /// `rows` (unsigned 32-bit, by position in the page); null where that is Grouping::noGroup. Of a page of `extent`.
     virtual void ImportInner(unsigned count, unsigned extent, const unsigned* rows, const unsigned* sel);
+    /// Whether an outer row meets all inner rows of its key, or the first only.
+    virtual bool FollowsLinks() const { return true; }
     /// Makes a page of the further matches of the outer page, at most `pageSize` of them; false when there is none.
     virtual bool NextLink(unsigned pageSize);
     /// Finds the inner rows that were not matched.

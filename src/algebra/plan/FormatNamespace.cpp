@@ -5,6 +5,7 @@
 #include "algebra/Aggr.h"
 #include "algebra/FlowTable.h"
 #include "algebra/LeafTable.h"
+#include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
@@ -122,7 +123,8 @@ void FormatNamespace::VisitFlowTable(FlowTable& table) {
 
 void FormatNamespace::VisitJoin(Join& flow) {
     static constexpr const wchar_t* words[] = {L"inner", L"left", L"right", L"full"};
-    std::wstring text = std::wstring(L"join ") + words[flow.GetJoinType()];
+    const bool isLookup = dynamic_cast<const Lookup*>(&flow) != nullptr;
+    std::wstring text = std::wstring(isLookup ? L"lookup " : L"join ") + words[flow.GetJoinType()];
     if (flow.GetSemantics() == CompareSemantics::nullsMatch) text += L" isnotdistinct";
     text += L" " + Pairs(flow.GetKeys()) + L" " + Pairs(flow.GetImports());
     const Operator line(*this, flow, std::move(text));

@@ -9,6 +9,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
@@ -49,12 +50,19 @@ std::wstring NamespaceBuilder::ResolveDataFile(const std::wstring& path) const {
 
 RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
     static const std::unordered_map<std::wstring, Builder> builders{
-        {L"aggregate", &NamespaceBuilder::BuildAggr},      {L"ordaggr", &NamespaceBuilder::BuildAggr},
-        {L"flowtable", &NamespaceBuilder::BuildFlowTable}, {L"join", &NamespaceBuilder::BuildJoin},
-        {L"order", &NamespaceBuilder::BuildOrder},         {L"project", &NamespaceBuilder::BuildProject},
-        {L"restrict", &NamespaceBuilder::BuildRestrict},   {L"scan", &NamespaceBuilder::BuildScan},
-        {L"select", &NamespaceBuilder::BuildSelect},       {L"table", &NamespaceBuilder::BuildTable},
-        {L"text", &NamespaceBuilder::BuildText},           {L"top", &NamespaceBuilder::BuildTopN},
+        {L"aggregate", &NamespaceBuilder::BuildAggr},
+        {L"ordaggr", &NamespaceBuilder::BuildAggr},
+        {L"flowtable", &NamespaceBuilder::BuildFlowTable},
+        {L"join", &NamespaceBuilder::BuildJoin},
+        {L"lookup", &NamespaceBuilder::BuildJoin},
+        {L"order", &NamespaceBuilder::BuildOrder},
+        {L"project", &NamespaceBuilder::BuildProject},
+        {L"restrict", &NamespaceBuilder::BuildRestrict},
+        {L"scan", &NamespaceBuilder::BuildScan},
+        {L"select", &NamespaceBuilder::BuildSelect},
+        {L"table", &NamespaceBuilder::BuildTable},
+        {L"text", &NamespaceBuilder::BuildText},
+        {L"top", &NamespaceBuilder::BuildTopN},
     };
     const Nodes& form = m_reader.List(node);
     if (form.empty()) m_reader.Raise(L"empty operator", node);
@@ -181,6 +189,10 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildJoin(const Nodes& form) {
     Join::NamePairs pairs = BuildRenames(form[keys], *outer);
     for (const auto& pair : pairs) inner->DescribeColumn(pair.second);
     Join::NamePairs imports = BuildRenames(form[keys + 1], *inner);
+    if (m_reader.Symbol(form[0]) == L"lookup") {
+        return MakeRef<Lookup>(std::move(outer), std::move(inner), std::move(pairs), std::move(imports), type->second,
+                               nullsMatch);
+    }
     return MakeRef<Join>(std::move(outer), std::move(inner), std::move(pairs), std::move(imports), type->second,
                          nullsMatch);
 }

@@ -4,6 +4,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
@@ -200,8 +201,8 @@ void NamespaceVisitor::VisitIndexJoin(IndexJoin&) {
     throw_absent_operator("IndexJoin");
 }
 
-void NamespaceVisitor::VisitLookup(Lookup&) {
-    throw_absent_operator("Lookup");
+void NamespaceVisitor::VisitLookup(Lookup& flow) {
+    VisitNamespace(flow);
 }
 
 void NamespaceVisitor::VisitPackageDatabase(PackageDatabase&) {

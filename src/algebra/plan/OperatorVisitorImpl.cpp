@@ -4,6 +4,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
@@ -143,8 +144,8 @@ void OperatorVisitorImpl::VisitIndexJoin(IndexJoin&) {
     throw_absent_operator("IndexJoin");
 }
 
-void OperatorVisitorImpl::VisitLookup(Lookup&) {
-    throw_absent_operator("Lookup");
+void OperatorVisitorImpl::VisitLookup(Lookup& flow) {
+    VisitJoin(flow);
 }
 
 void OperatorVisitorImpl::VisitPackageDatabase(PackageDatabase&) {

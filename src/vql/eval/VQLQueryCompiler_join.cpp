@@ -3,6 +3,7 @@
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/Lookup.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 #include "vql/VQLExpressions.h"
@@ -64,6 +65,11 @@ void VQLQueryCompiler::VisitJoin(VQLJoinQuery& query) {
     for (auto& key : keys) innerNames.push_back(&key.second);
     for (auto& import : imports) innerNames.push_back(&import.first);
     RefCntPtr<Table> inner = CompileInner(query.GetRight(), innerNames);
+    if (query.IsLookup()) {
+        Push(MakeRef<Lookup>(std::move(outer), std::move(inner), std::move(keys), std::move(imports),
+                             static_cast<Join::JoinType>(query.GetJoinType()), !query.UseEqualToComparison()));
+        return;
+    }
     Push(MakeRef<Join>(std::move(outer), std::move(inner), std::move(keys), std::move(imports),
                        static_cast<Join::JoinType>(query.GetJoinType()), !query.UseEqualToComparison()));
 }
