@@ -1,0 +1,171 @@
+// Joins of every kind against a naive one, over keys that take each of the strategies.
+
+#include "algebra/Join.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "algebra/Lookup.h"
+#include "storage/Column.h"
+#include "system/Operator.h"
+#include "tests/algebra/flow_cells.h"
+#include "tests/algebra/sample_rows.h"
+
+namespace qve {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr unsigned seed = 20260823;
+constexpr unsigned outerRows = 3000;
+
+Texts Numbers(unsigned rows) {
+    Texts numbers;
+    for (unsigned i = 0; i < rows; ++i) numbers.push_back(std::to_string(i));
+    return numbers;
+}
+
+// `rows` multiples of `step` below `distinct` times that, a tenth of them null.
+Texts RandomKeys(unsigned rows, unsigned distinct, long long step, std::mt19937& random) {
+    Texts keys;
+    for (unsigned i = 0; i < rows; ++i) {
+        const unsigned value = random() % (distinct + distinct / 10);
+        keys.push_back(value >= distinct ? "NULL" : std::to_string((static_cast<long long>(value) - 20) * step));
+    }
+    return keys;
+}
+
+// One key: the types on both sides, and the values.
+struct KeyCase {
+    std::string name;
+    std::wstring outerType;
+    std::wstring innerType;
+    Texts outer;
+    Texts inner;
+    std::wstring strategy;
+};
+
+void PrintTo(const KeyCase& key, std::ostream* out) {
+    *out << key.name;
+}
+
+std::vector<KeyCase> KeyCases() {
+    std::mt19937 random(seed);
+    Texts ascending;  // beyond the range from which ranks are kept
+    for (int i = 0; i < 2500; ++i) ascending.push_back(std::to_string(i * 37 - 400));
+    Texts reversed(ascending.rbegin(), ascending.rend());
+    const auto keys = [&random](unsigned rows, unsigned distinct, long long step) {
+        return RandomKeys(rows, distinct, step, random);
+    };
+    return {
+        {"ranks", L"bigint", L"bigint", keys(outerRows, 3000, 37), ascending, L"ArrayGrouping"},
+        {"ranks_narrow", L"long", L"long", keys(outerRows, 3000, 37), ascending, L"ArrayGrouping"},
+        {"backwards", L"long", L"long", keys(outerRows, 3000, 37), reversed, L"ArrayGrouping"},
+        {"duplicates", L"bigint", L"bigint", keys(outerRows, 400, 1), keys(500, 300, 1), L"ArrayGrouping"},
+        {"two_widths", L"long", L"bigint", keys(outerRows, 400, 1), keys(500, 300, 1), L"ArrayGrouping"},
+        {"wide", L"bigint", L"bigint", keys(outerRows, 900, 10000000000), keys(700, 800, 10000000000), L"HashGrouping"},
+        {"short", L"short", L"short", keys(outerRows, 400, 1), keys(300, 300, 1), L"RadixGrouping"},
+        {"text", L"text", L"text", keys(outerRows, 400, 1), keys(300, 300, 1), L"HashGrouping"},
+        {"double", L"double", L"double", keys(outerRows, 400, 1), keys(300, 300, 1), L"HashGrouping"},
+        {"one_outer_matches_all", L"bigint", L"bigint", {"5", "7"}, Texts(2500, "5"), L"ArrayGrouping"},
+        {"empty_inner", L"bigint", L"bigint", keys(50, 40, 1), {}, L"ArrayGrouping"},
+        {"empty_outer", L"text", L"text", {}, keys(50, 40, 1), L"HashGrouping"},
+    };
+}
+
+using Pairs = std::vector<Texts>;
+
+Pairs NaiveJoin(const KeyCase& key, const std::vector<uint64_t>& outer, Join::JoinType type, bool nullsMatch,
+                bool firstOnly) {
+    Pairs pairs;
+    std::vector<bool> matched(key.inner.size());
+    for (const uint64_t row : outer) {
+        bool found = false;
+        for (size_t i = 0; i < key.inner.size() && !(found && firstOnly); ++i) {
+            const bool equal = key.outer[row] == key.inner[i] && (nullsMatch || key.inner[i] != "NULL");
+            if (!equal) continue;
+            found = matched[i] = true;
+            pairs.push_back({std::to_string(row), std::to_string(i)});
+        }
+        if (!found && (type == Join::LeftJoin || type == Join::FullJoin)) {
+            pairs.push_back({std::to_string(row), "NULL"});
+        }
+    }
+    for (size_t i = 0; i < matched.size() && (type == Join::RightJoin || type == Join::FullJoin); ++i) {
+        if (!matched[i]) pairs.push_back({"NULL", std::to_string(i)});
+    }
+    std::sort(pairs.begin(), pairs.end());
+    return pairs;
+}
+
+RefCntPtr<LeafTable> Side(const std::wstring& type, const Texts& keys) {
+    return TableOf({ColumnOf(type, L"k", keys), ColumnOf(L"long", L"id", Numbers(static_cast<unsigned>(keys.size())))});
+}
+
+class JoinTest : public testing::TestWithParam<KeyCase> {};
+
+TEST_P(JoinTest, GivesTheRowsOfANaiveOne) {
+    const KeyCase& key = GetParam();
+    for (const auto type : {Join::InnerJoin, Join::LeftJoin, Join::RightJoin, Join::FullJoin}) {
+        for (const bool nullsMatch : {false, true}) {
+            for (const double share : {1.0, 0.4}) {
+                for (const unsigned pageSize : {7u, 1024u}) {
+                    SCOPED_TRACE(testing::Message() << "type " << type << " nulls " << nullsMatch << " share " << share
+                                                    << " page " << pageSize);
+                    const auto outer = MakeRef<SampleSelect>(Side(key.outerType, key.outer), share, seed);
+                    const auto inner = Side(key.innerType, key.inner);
+                    const auto join = MakeRef<Join>(outer, inner, Join::NamePairs{{L"k", L"k"}},
+                                                    Join::NamePairs{{L"id", L"partner"}}, type, nullsMatch);
+                    Pairs rows = Drain(*join, {L"id", L"partner"}, pageSize);
+                    std::sort(rows.begin(), rows.end());
+                    ASSERT_EQ(rows, NaiveJoin(key, outer->GetSelected(), type, nullsMatch, false));
+                    EXPECT_EQ(join->GetGrouping()->GetName(), key.strategy);
+                }
+            }
+        }
+    }
+}
+
+TEST_P(JoinTest, ALookupTakesTheFirst) {
+    const KeyCase& key = GetParam();
+    const auto outer = MakeRef<SampleSelect>(Side(key.outerType, key.outer), 0.7, seed);
+    const auto lookup = MakeRef<Lookup>(outer, Side(key.innerType, key.inner), Join::NamePairs{{L"k", L"k"}},
+                                        Join::NamePairs{{L"id", L"partner"}}, Join::InnerJoin, true);
+    Pairs rows = Drain(*lookup, {L"id", L"partner"}, 100);
+    std::sort(rows.begin(), rows.end());
+    EXPECT_EQ(rows, NaiveJoin(key, outer->GetSelected(), Join::InnerJoin, true, true));
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, JoinTest, testing::ValuesIn(KeyCases()),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(Join, RowsComeInTheOrderOfTheInnerOnes) {
+    const auto join =
+        MakeRef<Join>(MakeRef<Scan>(Side(L"long", {"1", "2"})), Side(L"long", {"2", "1", "2", "1", "2"}),
+                      Join::NamePairs{{L"k", L"k"}}, Join::NamePairs{{L"id", L"partner"}}, Join::InnerJoin, false);
+    const Pairs expected = {{"0", "1"}, {"1", "0"}, {"0", "3"}, {"1", "2"}, {"1", "4"}};
+    EXPECT_EQ(Drain(*join, {L"id", L"partner"}), expected);
+}
+
+TEST(Join, ACancelEndsTheBuildAndTheRun) {
+    for (const bool whileRunning : {false, true}) {
+        const auto join =
+            MakeRef<Join>(MakeRef<Scan>(Side(L"long", Numbers(100))), Side(L"long", Numbers(100)), Join::NamePairs{},
+                          Join::NamePairs{{L"id", L"partner"}}, Join::InnerJoin, false);
+        if (whileRunning) {
+            ASSERT_GT(join->Next(10), 0u);
+        }
+        join->GetProgressCallback()->SetCancelled();
+        EXPECT_THROW(join->Next(10), Operator::CancelledException);
+    }
+}
+
+TEST(Join, RefusesKeysThatDoNotCompare) {
+    const auto join = MakeRef<Join>(MakeRef<Scan>(Side(L"long", {"1"})), Side(L"text", {"1"}),
+                                    Join::NamePairs{{L"k", L"k"}}, Join::NamePairs{}, Join::InnerJoin, false);
+    EXPECT_EQ(StatusOf([&] { join->Next(10); }), 40225);
+}
+
+}  // namespace
+}  // namespace qve
