@@ -8,6 +8,9 @@ function(qve_warnings target)
                                                  -Wno-stringop-overread -Wno-restrict)
     endif()
     if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-        target_compile_options(${target} PRIVATE -Wno-overloaded-virtual -Wno-unknown-pragmas)
+        # g++ holds the warnings; of clang's own these only speak of style.
+        target_compile_options(${target} PRIVATE -Wno-overloaded-virtual -Wno-unknown-pragmas -Wno-ignored-attributes
+                                                 -Wno-bitwise-conditional-parentheses
+                                                 -Wno-bitwise-instead-of-logical)
     endif()
 endfunction()

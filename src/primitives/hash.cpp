@@ -20,9 +20,9 @@ struct hash_op {
 class register_hash : public registration {
 public:
     register_hash() {
-        add(primitive::klassMap, L"hash",
+        add(primitive::klassMap, hash_op::name,
             kernel_span(kernel_table<map_maker<hash_op>, for_each_atom<hash_sig, plain_atoms>, modes1>));
-        add(primitive::klassMap, L"hash",
+        add(primitive::klassMap, hash_op::name,
             kernel_span(kernel_table<hash_text_maker<false>, for_each_atom<hash_sig, usr_atoms>, modes1>));
     }
 };

@@ -39,7 +39,9 @@ public:
 
     /// A transaction that is open.
     struct OpenTransaction {
-        std::thread::id owner;
+        explicit OpenTransaction(std::thread::id thread) : owner(thread) {}
+
+        const std::thread::id owner;
         unsigned depth = 1;
         bool failed = false;               // an inner level was rolled back
         std::shared_ptr<Catalog> working;  // null until the catalog is changed

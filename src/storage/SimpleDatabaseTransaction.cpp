@@ -121,7 +121,7 @@ void SimpleDatabase::Impl::Begin() {
             status::SimpleDatabase_Transaction,
             "SimpleDatabase::BeginTransaction: \"" + narrow(root.space->root()) + "\" can only be read");
     }
-    transaction.emplace().owner = std::this_thread::get_id();
+    transaction.emplace(std::this_thread::get_id());
     try {
         if (lock.IsOpen()) {
             // Other threads go on reading while this one waits for another process.

@@ -29,7 +29,7 @@ std::vector<SpaceListing::Column> SpaceListing::Columns(TableSpace& space, const
         const auto [stem, extension] = Path::splitext(file);
         if (extension != SimpleDatabase::extTypeFile) continue;
         usrprops properties = ReadPropertyFile(space, Path::join(directory, file));
-        const auto complete = [&, &stem = stem](usrpropkey key, const std::wstring& name) {
+        const auto complete = [&properties](usrpropkey key, const std::wstring& name) {
             if (!properties.has(key)) properties.set(key, name);
         };
         complete(usrpropkey::name, stem);

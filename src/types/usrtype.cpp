@@ -155,8 +155,8 @@ std::ostream& usrtype::tostream(std::ostream& stream, const usratom& atom) const
 }
 
 bool usrtype::validate(const usratom& atom) const {
-    return atom.type() && atom.type()->GetDataType() == GetDataType() && typeid(*atom.type()) == typeid(*this) &&
-           atom.length() <= m_size;
+    const usrtype* const type = atom.type();
+    return type && type->GetDataType() == GetDataType() && typeid(*type) == typeid(*this) && atom.length() <= m_size;
 }
 
 void usrtype::cast(usratom& to, const usratom& from) const {
