@@ -112,7 +112,8 @@ bool Grouping::Accepts(unsigned, const unsigned*, input_column) {
 }
 
 void Grouping::InsertHashes(unsigned count, const unsigned* rows, input_column hashes, unsigned first) {
-    for (unsigned i = 0; i < count; ++i) InsertHash(hashes.values<unsigned>()[rows[i]], first + i);
+    const bool one = hashes.count == 1;  // for all rows, wherever they stand
+    for (unsigned i = 0; i < count; ++i) InsertHash(hashes.values<unsigned>()[one ? 0 : rows[i]], first + i);
 }
 
 const std::wstring& Grouping::GetName() const {

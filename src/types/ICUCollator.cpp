@@ -82,7 +82,8 @@ unsigned ICUCollation::Collator::hash(const usratom& text) {
         }
         return hashfunc(units.data(), units.size() * sizeof(char16_t));
     }
-    return hashfunc(m_key.data(), sortkey_into_buffer(text));
+    const size_t length = sortkey_into_buffer(text);  // first, as it may move the buffer
+    return hashfunc(m_key.data(), length);
 }
 
 int ICUCollation::Collator::compare(const usratom& left, const usratom& right) {

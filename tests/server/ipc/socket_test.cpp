@@ -31,7 +31,8 @@ std::unique_ptr<IPC_Server> MakeServer(std::shared_ptr<const IPC_Whitelist> whit
 
 TEST(SocketServer, BindsToLoopbackAndReportsItsPort) {
     const auto server = MakeServer();
-    const auto& descriptor = dynamic_cast<const IPC_SocketConnectionDescriptor&>(*server->GetDescriptor());
+    const auto endpoint = server->GetDescriptor();
+    const auto& descriptor = dynamic_cast<const IPC_SocketConnectionDescriptor&>(*endpoint);
     EXPECT_TRUE(descriptor.GetHost() == "::1" || descriptor.GetHost() == "127.0.0.1") << descriptor.str();
     EXPECT_NE(descriptor.GetPort(), 0);
 }
