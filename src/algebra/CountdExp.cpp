@@ -8,7 +8,6 @@
 #include "algebra/status.h"
 #include "primitives/primitive.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "telemetry/LogEntry.h"
 #include "types/usratom.h"
@@ -72,7 +71,7 @@ uint64_t NegativeZeroOf(const Column& column) {
 }  // namespace
 
 CountdExp::CountdExp(const std::wstring& name, RefCntPtr<Exp> value)
-    : AggrExp(name, opCountd, {std::move(value)}, false) {}
+    : CollectingExp(name, opCountd, {std::move(value)}) {}
 CountdExp::~CountdExp() = default;
 
 bool CountdExp::CanCount(const Column& column) {
@@ -90,13 +89,8 @@ void CountdExp::MakePrimitiveColumn() {
     const auto [least, range] = RangeOf(value);
     m_cells = std::make_unique<DistinctCells>(least, range);
     usrprops properties = primitive::primitive_props(L"bigint");
-    properties.set(usrpropkey::name, GetName());
     properties.set(usrpropkey::default_value, L"0");
-    m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>());
-}
-
-void CountdExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
-    EvaluateArguments(count, extent, sel, input);
+    MakeResultColumn(std::move(properties));
 }
 
 // The values that are no nulls to m_values, and their groups, unless there is one for all, to m_numbers.
@@ -139,12 +133,7 @@ void CountdExp::FinishAggregate(uint64_t groups) {
     }
     m_cells.reset();
     m_counts.resize(groups);
-    for (uint64_t done = 0; done < groups;) {
-        m_column->Seek(done, 1);
-        const uint64_t limit = std::min<uint64_t>(m_column->GetLimit(), groups - done);
-        std::memcpy(m_column->GetOutput().data, m_counts.data() + done, limit * sizeof(uint64_t));
-        done += limit;
-    }
+    StoreResults<uint64_t>(groups, [this](uint64_t group) { return m_counts[group]; });
 }
 
 }  // namespace qve

@@ -3,14 +3,14 @@
 #include <memory>
 #include <vector>
 
-#include "algebra/AggrExp.h"
+#include "algebra/CollectingExp.h"
 
 namespace qve {
 
 class DistinctCells;
 
 /// The number of different values of a group, nulls left out. Keeps all different values in memory.
-class CountdExp : public AggrExp {
+class CountdExp : public CollectingExp {
 public:
     static constexpr const wchar_t* opCountd = L"countd";
 
@@ -22,10 +22,8 @@ public:
     /// dictionary is known to hold each value once.
     static bool CanCount(const Column& column);
 
-    void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
     void Aggregate(unsigned count, input_column groups, const unsigned* sel) override;
     void FinishAggregate(uint64_t groups) override;
-    bool NeedsFinish() const override { return true; }
 
 protected:
     void MakePrimitiveColumn() override;

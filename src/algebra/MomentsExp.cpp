@@ -1,16 +1,15 @@
 #include "algebra/MomentsExp.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "algebra/status.h"
 #include "primitives/primitive.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "types/builtin.h"
 #include "types/datatraits.h"
@@ -170,17 +169,6 @@ void AddRows(M* moments, unsigned count, input_column groups, const unsigned* se
     for (unsigned k = 0; k < count; ++k) group.Add(values[row(k)]...);  // the first value is the origin of all others
 }
 
-template <class M>
-void Store(Column& column, const std::vector<M>& moments, Statistic statistic) {
-    for (uint64_t done = 0; done < moments.size();) {
-        column.Seek(done, 1);
-        const uint64_t limit = std::min<uint64_t>(column.GetLimit(), moments.size() - done);
-        double* results = column.GetOutput().values<double>();
-        for (uint64_t i = 0; i < limit; ++i) results[i] = moments[done + i].Result(statistic);
-        done += limit;
-    }
-}
-
 }  // namespace
 
 class MomentsExp::Groups {
@@ -189,39 +177,30 @@ public:
     /// `first` is the number of the group that `groups` calls 0, of `size` in all.
     virtual void Add(const Arguments& arguments, unsigned count, input_column groups, const unsigned* sel,
                      uint64_t first, uint64_t size) = 0;
-    virtual void Finish(Column& results, Statistic statistic, uint64_t size) = 0;
+    virtual void Finish(const MomentsExp& exp, uint64_t size) = 0;
 };
 
-class MomentsExp::Variances : public Groups {
+// M is Moments of one argument, JointMoments of two.
+template <class M>
+class MomentsExp::GroupsOf : public Groups {
 public:
     void Add(const Arguments& arguments, unsigned count, input_column groups, const unsigned* sel, uint64_t first,
              uint64_t size) override {
         m_moments.resize(size);
-        AddRows(m_moments.data() + first, count, groups, sel, Values(*arguments[0]));
+        M* const moments = m_moments.data() + first;
+        if constexpr (std::is_same_v<M, Moments>) {
+            AddRows(moments, count, groups, sel, Values(*arguments[0]));
+        } else {
+            AddRows(moments, count, groups, sel, Values(*arguments[0]), Values(*arguments[1]));
+        }
     }
-    void Finish(Column& results, Statistic statistic, uint64_t size) override {
+    void Finish(const MomentsExp& exp, uint64_t size) override {
         m_moments.resize(size);
-        Store(results, m_moments, statistic);
+        exp.StoreResults<double>(size, [&](uint64_t group) { return m_moments[group].Result(exp.m_statistic); });
     }
 
 private:
-    std::vector<Moments> m_moments;
-};
-
-class MomentsExp::Covariances : public Groups {
-public:
-    void Add(const Arguments& arguments, unsigned count, input_column groups, const unsigned* sel, uint64_t first,
-             uint64_t size) override {
-        m_moments.resize(size);
-        AddRows(m_moments.data() + first, count, groups, sel, Values(*arguments[0]), Values(*arguments[1]));
-    }
-    void Finish(Column& results, Statistic statistic, uint64_t size) override {
-        m_moments.resize(size);
-        Store(results, m_moments, statistic);
-    }
-
-private:
-    std::vector<JointMoments> m_moments;
+    std::vector<M> m_moments;
 };
 
 const MomentsExp::Statistic* MomentsExp::Find(const std::wstring& word) {
@@ -232,7 +211,7 @@ const MomentsExp::Statistic* MomentsExp::Find(const std::wstring& word) {
 }
 
 MomentsExp::MomentsExp(const std::wstring& name, const std::wstring& word, Statistic statistic, Arguments arguments)
-    : AggrExp(name, word, std::move(arguments), false), m_statistic(statistic) {}
+    : CollectingExp(name, word, std::move(arguments)), m_statistic(statistic) {}
 MomentsExp::~MomentsExp() = default;
 
 void MomentsExp::MakePrimitiveColumn() {
@@ -242,17 +221,11 @@ void MomentsExp::MakePrimitiveColumn() {
         }
     }
     if (m_arguments.size() == 1) {
-        m_groups = std::make_unique<Variances>();
+        m_groups = std::make_unique<GroupsOf<Moments>>();
     } else {
-        m_groups = std::make_unique<Covariances>();
+        m_groups = std::make_unique<GroupsOf<JointMoments>>();
     }
-    usrprops properties = primitive::primitive_props(L"double");
-    properties.set(usrpropkey::name, GetName());
-    m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>());
-}
-
-void MomentsExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
-    EvaluateArguments(count, extent, sel, input);
+    MakeResultColumn(primitive::primitive_props(L"double"));
 }
 
 void MomentsExp::Aggregate(unsigned count, input_column groups, const unsigned* sel) {
@@ -260,7 +233,7 @@ void MomentsExp::Aggregate(unsigned count, input_column groups, const unsigned* 
 }
 
 void MomentsExp::FinishAggregate(uint64_t groups) {
-    m_groups->Finish(*m_column, m_statistic, groups);
+    m_groups->Finish(*this, groups);
     m_groups.reset();
 }
 

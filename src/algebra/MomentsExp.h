@@ -2,14 +2,14 @@
 
 #include <memory>
 
-#include "algebra/AggrExp.h"
+#include "algebra/CollectingExp.h"
 
 namespace qve {
 
 /// Variances, covariances and correlations in one pass: the mean of each group and the sums of products of deviations
 /// from it are brought up to date with each value, which is as stable as a second pass over the values. Only rows count
 /// in which all arguments are present. A result that would divide by zero is null.
-class MomentsExp : public AggrExp {
+class MomentsExp : public CollectingExp {
 public:
     /// What is to be found; the words are those of the language.
     enum class Statistic { var, varp, covar, covarp, corr };
@@ -23,18 +23,16 @@ public:
     MomentsExp(const std::wstring& name, const std::wstring& word, Statistic statistic, Arguments arguments);
     ~MomentsExp() override;
 
-    void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
     void Aggregate(unsigned count, input_column groups, const unsigned* sel) override;
     void FinishAggregate(uint64_t groups) override;
-    bool NeedsFinish() const override { return true; }
 
 protected:
     void MakePrimitiveColumn() override;
 
 private:
     class Groups;
-    class Variances;
-    class Covariances;
+    template <class M>
+    class GroupsOf;
 
     const Statistic m_statistic;
     std::unique_ptr<Groups> m_groups;

@@ -9,7 +9,6 @@
 #include "algebra/select_rank.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "telemetry/LogEntry.h"
 #include "types/builtin.h"
@@ -105,7 +104,7 @@ private:
 };
 
 QuantileExp::QuantileExp(const std::wstring& name, RefCntPtr<Exp> value, RefCntPtr<Exp> fraction)
-    : AggrExp(name, opQuantile, {std::move(value), std::move(fraction)}, false) {}
+    : CollectingExp(name, opQuantile, {std::move(value), std::move(fraction)}) {}
 QuantileExp::~QuantileExp() = default;
 
 void QuantileExp::MakePrimitiveColumn() {
@@ -123,13 +122,7 @@ void QuantileExp::MakePrimitiveColumn() {
     }
     const usratom atom = fraction->GetValue();
     m_fraction = atom.isnull() ? datatraits<double>::null : static_cast<double>(atom);
-    usrprops properties = type->properties();
-    properties.set(usrpropkey::name, GetName());
-    m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>());
-}
-
-void QuantileExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
-    EvaluateArguments(count, extent, sel, input);
+    MakeResultColumn(type->properties());
 }
 
 void QuantileExp::Aggregate(unsigned count, input_column groups, const unsigned* sel) {

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "algebra/AggrExp.h"
+#include "algebra/CollectingExp.h"
 
 namespace qve {
 
@@ -12,18 +12,16 @@ namespace qve {
 ///
 /// Numbers give a double, dates and datetimes a datetime, durations a duration. The value comes as "double",
 /// "datetime" or "duration".
-class QuantileExp : public AggrExp {
+class QuantileExp : public CollectingExp {
 public:
     static constexpr const wchar_t* opQuantile = L"quantile";
 
-    /// `fraction` is a constant double; below 0, above 1 or null it gives null. Binding raises 40354 for other types.
+    /// `fraction` is a constant double; below 0, above 1 or null it gives null. Binding raises 40356 for other types.
     QuantileExp(const std::wstring& name, RefCntPtr<Exp> value, RefCntPtr<Exp> fraction);
     ~QuantileExp() override;
 
-    void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
     void Aggregate(unsigned count, input_column groups, const unsigned* sel) override;
     void FinishAggregate(uint64_t groups) override;
-    bool NeedsFinish() const override { return true; }
 
 protected:
     void MakePrimitiveColumn() override;

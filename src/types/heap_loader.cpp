@@ -96,21 +96,4 @@ void heap_loader::put_batch(hashaccel& index, unsigned count, unsigned long long
     }
 }
 
-void heap_loader::append(unsigned count, unsigned long long* tokens, const std::string_view* values) {
-    DataStream& stream = *m_heap.stream();
-    stream.SetAccelerator(nullptr);
-    uint64_t stored = stream.GetSize();
-    for (unsigned i = 0; i < count; ++i) {
-        tokens[i] = usrheap::null_token;
-        if (!values[i].data()) continue;
-        tokens[i] = stored + m_entries.size();
-        add_entry(values[i]);
-        if (m_entries.size() > most_waiting) {
-            flush();
-            stored = stream.GetSize();
-        }
-    }
-    flush();
-}
-
 }  // namespace qve

@@ -18,9 +18,6 @@ public:
     /// The tokens of `count` values of the heap's type; all ones for one without data (null pointer). The values must
     /// not lie in the heap's own stream. Throws what put_bytes throws.
     void put(unsigned count, unsigned long long* tokens, const std::string_view* values);
-    /// The same without looking for present entries: each value becomes an entry of its own, and the heap's index is
-    /// dropped.
-    void append(unsigned count, unsigned long long* tokens, const std::string_view* values);
 
 private:
     void put_batch(hashaccel& index, unsigned count, unsigned long long* tokens, const std::string_view* values);
