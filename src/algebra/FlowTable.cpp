@@ -11,6 +11,7 @@
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/status.h"
+#include "algebra/take_error_counts.h"
 #include "storage/Column.h"
 #include "storage/EncodingFactory.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -90,6 +91,7 @@ uint64_t FlowTable::Build(unsigned pageSize) {
                                                          m_purpose, m_progress));
     }
     WritePages(writers, pageSize);
+    for (const auto& [name, column] : m_columns) TakeErrorCounts(*m_source->GetColumn(name), *column);
 
     m_built = true;
     time.SetNumber(GetCount());

@@ -1,9 +1,6 @@
 #include "cli/CommandLine.h"
 
 #include <tclap/CmdLine.h>
-#include <unistd.h>
-
-#include <climits>
 #include <map>
 
 namespace qve::cli {
@@ -17,25 +14,12 @@ constexpr const char* s_message =
     "An error prints its status number and text, and for a mistake in the statement the line, the column and the "
     "place. "
     "The exit status is 0 only when every statement succeeded, 1 when one failed, 2 when there was no server, and 130 "
-    "when Ctrl-C came between statements.";
+    "when Ctrl-C came between statements. Two words make it another program, each with a --help of its own: qve import "
+    "brings text files into a table, qve export writes the result of a statement to a file.";
 
-const std::map<std::string, Format> s_formats{{"table", Format::table},
-                                              {"csv", Format::csv},
-                                              {"tsv", Format::tsv},
-                                              {"json", Format::json},
-                                              {"vertical", Format::vertical}};
-
-/// The server program beside this one, or whatever PATH has.
-std::string DefaultServer() {
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
-    if (length > 0) {
-        std::string own(path, static_cast<std::size_t>(length));
-        const std::string beside = own.substr(0, own.rfind('/') + 1) + "qveserver";
-        if (access(beside.c_str(), X_OK) == 0) return beside;
-    }
-    return "qveserver";
-}
+const std::map<std::string, Format> s_formats{{"table", Format::table}, {"csv", Format::csv},
+                                              {"tsv", Format::tsv},     {"json", Format::json},
+                                              {"jsonl", Format::jsonl}, {"vertical", Format::vertical}};
 
 /// TCLAP keeps the values of each option together; the command line knows their order.
 std::vector<CommandLine::Input> InputsInOrder(int argc, char** argv, const std::vector<std::string>& commands,
@@ -68,12 +52,7 @@ CommandLine CommandLine::Parse(int argc, char** argv) {
                                           "statements", line);
     TCLAP::MultiArg<std::string> files("f", "file", "Run the statements of a file, \"-\" for standard input", false,
                                        "path", line);
-    Value connect("", "connect", "Connect to a running server, as in quil.tcp://[::1]:27042", false, "", "descriptor",
-                  line);
-    Value server("", "server", "The server program to start; by default qveserver beside this program", false, "",
-                 "path", line);
-    Value serverLog("", "server-log", "Log file of the server that is started; by default it keeps no log", false,
-                    "/dev/null", "path", line);
+    const ServerArguments server(line);
     std::vector<std::string> names;
     for (const auto& [name, format] : s_formats) names.push_back(name);
     TCLAP::ValuesConstraint<std::string> formats(names);
@@ -86,9 +65,7 @@ CommandLine CommandLine::Parse(int argc, char** argv) {
 
     CommandLine result;
     result.inputs = InputsInOrder(argc, argv, commands.getValue(), files.getValue());
-    result.connect = connect.getValue();
-    result.server = server.isSet() ? server.getValue() : DefaultServer();
-    result.serverLog = serverLog.getValue();
+    result.server = server.Get();
     result.format = s_formats.at(format.getValue());
     result.analyze = analyze.getValue();
     result.plan = plan.getValue() || result.analyze;

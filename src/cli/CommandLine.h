@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "cli/ServerArguments.h"
+
 namespace qve::cli {
 
-enum class Format { table, csv, tsv, json, vertical };
+enum class Format { table, csv, tsv, json, jsonl, vertical };
 
 /// What the user asked for.
 struct CommandLine {
@@ -15,9 +17,7 @@ struct CommandLine {
         std::string text;  ///< the statements, or the path
     };
     std::vector<Input> inputs;  ///< none: standard input
-    std::string connect;        ///< connection string of a running server; empty: start one
-    std::string server;         ///< path of the server program
-    std::string serverLog;      ///< log file of a server that is started
+    ServerChoice server;
     Format format = Format::table;
     bool plan = false;     ///< show the plans of queries and do not run them
     bool analyze = false;  ///< run them, and show with the plan what each operator gave

@@ -22,35 +22,38 @@ std::string ValueJson(const QVE_Value& value) {
     return text.find_first_of("ni") == std::string::npos ? text : "null";
 }
 
-/// An array of objects, one line for each row.
+/// Objects, one line for each row.
 class JsonWriter : public ResultWriter {
 public:
-    explicit JsonWriter(std::ostream& output) : m_output(output) {}
+    JsonWriter(std::ostream& output, bool lines) : m_output(output), m_lines(lines) {}
 
     void Begin(const std::vector<ResultColumn>& columns) override {
         for (const ResultColumn& column : columns) m_keys.push_back(Quote(column.name));
-        m_output << "[";
+        if (!m_lines) m_output << "[";
     }
     void Row(const QVE_Value* values) override {
-        m_output << (m_isFirst ? "\n  {" : ",\n  {");
+        m_output << (m_lines ? "{" : m_isFirst ? "\n  {" : ",\n  {");
         m_isFirst = false;
         for (std::size_t i = 0; i < m_keys.size(); ++i) {
             m_output << (i == 0 ? "" : ", ") << m_keys[i] << ": " << ValueJson(values[i]);
         }
-        m_output << "}";
+        m_output << (m_lines ? "}\n" : "}");
     }
-    void End() override { m_output << (m_isFirst ? "]\n" : "\n]\n"); }
+    void End() override {
+        if (!m_lines) m_output << (m_isFirst ? "]\n" : "\n]\n");
+    }
 
 private:
     std::ostream& m_output;
+    const bool m_lines;
     std::vector<std::string> m_keys;
     bool m_isFirst = true;
 };
 
 }  // namespace
 
-std::unique_ptr<ResultWriter> MakeJsonWriter(std::ostream& output) {
-    return std::make_unique<JsonWriter>(output);
+std::unique_ptr<ResultWriter> MakeJsonWriter(std::ostream& output, bool lines) {
+    return std::make_unique<JsonWriter>(output, lines);
 }
 
 }  // namespace qve::cli

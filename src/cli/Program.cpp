@@ -7,15 +7,11 @@
 #include <iostream>
 #include <sstream>
 
-#include "cli/ErrorLocator.h"
 #include "cli/Prompt.h"
+#include "cli/report_failure.h"
 
 namespace qve::cli {
 namespace {
-
-constexpr int s_statementFailed = 1;
-constexpr int s_noServer = 2;
-constexpr int s_interrupted = 130;
 
 constexpr const char* s_help =
     "A statement is a list in parentheses and may take several lines, for instance\n"
@@ -34,9 +30,9 @@ std::string Trimmed(const std::string& text) {
 
 int Program::Run() {
     try {
-        m_session = std::make_unique<Session>(m_commandLine, m_interrupt);
+        m_session = std::make_unique<Session>(m_commandLine.server, m_interrupt);
     } catch (const Failure& failure) {
-        std::cerr << "error " << failure.GetStatus() << ": " << failure.what() << std::endl;
+        ReportFailure(failure, {});
         return s_noServer;
     }
     RunInputs();
@@ -105,7 +101,7 @@ bool Program::RunStatement(const SourceStatement& statement) {
         if (!hasResult && m_commandLine.format == Format::table) std::cout << "ok\n";
         succeeded = true;
     } catch (const Failure& failure) {
-        ReportFailure(failure, statement);
+        ReportFailure(failure, statement.text, statement.line, statement.column);
         m_exitStatus = s_statementFailed;
     }
     std::cout.flush();
@@ -126,18 +122,6 @@ bool Program::RunPlan(const std::string& statement, ResultWriter& writer) {
         if (failure.GetStatus() != hasNoPlan) throw;
     }
     return m_session->Run(statement, writer);
-}
-
-void Program::ReportFailure(const Failure& failure, const SourceStatement& statement) {
-    std::cout.flush();
-    std::cerr << "error " << failure.GetStatus() << ": " << failure.what() << "\n";
-    if (const auto place = LocateError(statement.text, failure.GetStatus(), failure.what())) {
-        // As the reader of the file or the line counts: from 1, from the start of the text.
-        const int column = place->column + (place->line == 0 ? statement.column : 0);
-        std::cerr << "line " << statement.line + place->line + 1 << ", column " << column + 1 << ":\n"
-                  << ShowPlace(statement.text, *place) << "\n";
-    }
-    std::cerr.flush();
 }
 
 void Program::RunTerminal() {

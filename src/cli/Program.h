@@ -27,7 +27,6 @@ private:
     /// Shows the plan of a query.
     bool RunPlan(const std::string& statement, ResultWriter& writer);
     void RunTerminal();
-    void ReportFailure(const Failure& failure, const SourceStatement& statement);
 
     const CommandLine& m_commandLine;
     Interrupt m_interrupt;

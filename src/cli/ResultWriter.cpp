@@ -9,7 +9,9 @@ std::unique_ptr<ResultWriter> ResultWriter::Make(Format format, std::ostream& ou
         case Format::tsv:
             return MakeDelimitedWriter(output, true);
         case Format::json:
-            return MakeJsonWriter(output);
+            return MakeJsonWriter(output, false);
+        case Format::jsonl:
+            return MakeJsonWriter(output, true);
         case Format::vertical:
             return MakeVerticalWriter(output);
         default:

@@ -14,6 +14,9 @@ namespace qve::cli {
 struct ResultColumn {
     std::string name;
     uint32_t type = 0;
+    /// Of a column that was imported: how many fields were no values of its type, and the row of the first one.
+    uint64_t rejected = 0;
+    uint64_t firstRejected = 0;
 };
 
 /// Prints one result.
@@ -29,9 +32,11 @@ public:
     static std::unique_ptr<ResultWriter> Make(Format format, std::ostream& output);
 };
 
-std::unique_ptr<ResultWriter> MakeTableWriter(std::ostream& output);
+/// With `counted` the number of rows stands below.
+std::unique_ptr<ResultWriter> MakeTableWriter(std::ostream& output, bool counted = true);
 std::unique_ptr<ResultWriter> MakeDelimitedWriter(std::ostream& output, bool tabs);
-std::unique_ptr<ResultWriter> MakeJsonWriter(std::ostream& output);
+/// An array of objects, or with `lines` an object a line.
+std::unique_ptr<ResultWriter> MakeJsonWriter(std::ostream& output, bool lines);
 std::unique_ptr<ResultWriter> MakeVerticalWriter(std::ostream& output);
 
 }  // namespace qve::cli

@@ -1,8 +1,13 @@
 #include "cli/Session.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
+#include <thread>
 #include <vector>
 
+#include "cli/TextRows.h"
 #include "cli/value_text.h"
 
 namespace qve::cli {
@@ -29,13 +34,65 @@ void CheckOpened(QVE_Status status) {
     if (status != QVE_OK) throw Failure(status, "out of memory");
 }
 
+/// What the import of a column refused, as its properties say.
+void ReadRejections(QVE_Properties& properties, ResultColumn& column) {
+    uint32_t count = 0;
+    QVE_PropertiesGetCount(&properties, &count);
+    for (uint32_t i = 0; i < count; ++i) {
+        QVE_Value key;
+        QVE_Value value;
+        uint64_t number = 0;
+        if (QVE_PropertiesGetProperty(&properties, i, &key, &value) != QVE_OK || value.size != sizeof number) continue;
+        std::memcpy(&number, value.data, sizeof number);
+        const std::string name = ValueText(key);
+        if (name == "count-errors") column.rejected = number;
+        if (name == "first-error") column.firstRejected = number;
+    }
+}
+
+/// Asks how far a statement is until its end.
+class Watcher {
+public:
+    Watcher(QVE_Statement* statement, const Session::Watch& watch) {
+        if (!watch) return;
+        const Interrupt::Shield shield;
+        m_thread = std::thread([this, statement, &watch] {
+            constexpr std::chrono::milliseconds period(100);
+            std::unique_lock lock(m_mutex);
+            while (!m_wake.wait_for(lock, period, [this] { return m_ended; })) {
+                QVE_Progress progress;
+                lock.unlock();
+                if (QVE_StatementEstimateProgress(statement, &progress) == QVE_OK) watch(progress);
+                lock.lock();
+            }
+        });
+    }
+    ~Watcher() {
+        if (!m_thread.joinable()) return;
+        {
+            std::lock_guard lock(m_mutex);
+            m_ended = true;
+        }
+        m_wake.notify_one();
+        m_thread.join();
+    }
+    Watcher(const Watcher&) = delete;
+    Watcher& operator=(const Watcher&) = delete;
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_ended = false;
+    std::thread m_thread;
+};
+
 }  // namespace
 
-Session::Session(const CommandLine& commandLine, Interrupt& interrupt) : m_interrupt(interrupt) {
+Session::Session(const ServerChoice& choice, Interrupt& interrupt) : m_interrupt(interrupt) {
     const Interrupt::Shield shield;
-    const char* descriptor = commandLine.connect.c_str();
-    if (commandLine.connect.empty()) {
-        StartServer(commandLine);
+    const char* descriptor = choice.connect.c_str();
+    if (choice.connect.empty()) {
+        StartServer(choice);
         QVE_ServerProcessGetConnectionDescriptor(m_server.get(), &descriptor);
     }
     QVE_Connection* connection = nullptr;
@@ -44,13 +101,13 @@ Session::Session(const CommandLine& commandLine, Interrupt& interrupt) : m_inter
     Check(QVE_ConnectionConnect(connection, descriptor));
 }
 
-void Session::StartServer(const CommandLine& commandLine) {
+void Session::StartServer(const ServerChoice& choice) {
     QVE_ServerProcess* server = nullptr;
     CheckOpened(QVE_ServerProcessOpen(&server));
     m_server.reset(server);
     QVE_ServerProcessOptions options = {};
-    options.path = commandLine.server.c_str();
-    options.log = commandLine.serverLog.c_str();
+    options.path = choice.program.c_str();
+    options.log = choice.log.c_str();
     const QVE_Status status = QVE_ServerProcessStart(server, &options);
     if (status == QVE_OK) return;
     QVE_ErrorInfo* info = nullptr;
@@ -66,13 +123,25 @@ void Session::Check(QVE_Status status) const {
 }
 
 bool Session::Run(const std::string& text, ResultWriter& writer) {
+    return Run(text, writer, {});
+}
+
+void Session::Run(const std::string& text) {
+    TextRows unwanted;
+    Run(text, unwanted, {});
+}
+
+bool Session::Run(const std::string& text, ResultWriter& writer, const Watch& watch) {
     QVE_Statement* raw = nullptr;
     Check(QVE_StatementOpen(m_connection.get(), &raw));
     const StatementHandle statement(raw);
     const Interrupt::Running running(m_interrupt, [raw] { QVE_StatementCancel(raw); });
     Check(QVE_StatementPrepare(raw, text.c_str()));
     QVE_Rowset* rowset = nullptr;
-    Check(QVE_StatementExecute(raw, &rowset));
+    {
+        const Watcher watcher(raw, watch);
+        Check(QVE_StatementExecute(raw, &rowset));
+    }
     const RowsetHandle result(rowset);
     if (!result) return false;
     Print(*result, writer);
@@ -93,6 +162,7 @@ std::vector<ResultColumn> Session::Describe(QVE_Rowset& rowset) const {
         columns[i].name = ValueText(value);
         Check(QVE_PropertiesGetProperty(raw, 1, &key, &value));
         if (value.size == sizeof(columns[i].type)) std::memcpy(&columns[i].type, value.data, value.size);
+        ReadRejections(*raw, columns[i]);
     }
     return columns;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
-#include "cli/CommandLine.h"
 #include "cli/Interrupt.h"
 #include "cli/ResultWriter.h"
+#include "cli/ServerArguments.h"
 #include "cli/handles.h"
 
 namespace qve::cli {
@@ -24,13 +25,18 @@ private:
 class Session {
 public:
     /// Throws Failure when there is no server to be had.
-    Session(const CommandLine& commandLine, Interrupt& interrupt);
+    Session(const ServerChoice& choice, Interrupt& interrupt);
 
     /// Runs one statement and prints its result, if it has one. Gives whether it had. Throws Failure.
     bool Run(const std::string& statement, ResultWriter& writer);
+    /// Is told now and then, by a thread of its own, how far a statement is.
+    using Watch = std::function<void(const QVE_Progress&)>;
+    bool Run(const std::string& statement, ResultWriter& writer, const Watch& watch);
+    /// The same for a statement whose result, if it has one, is not wanted.
+    void Run(const std::string& statement);
 
 private:
-    void StartServer(const CommandLine& commandLine);
+    void StartServer(const ServerChoice& choice);
     void Check(QVE_Status status) const;
     void Print(QVE_Rowset& rowset, ResultWriter& writer) const;
     std::vector<ResultColumn> Describe(QVE_Rowset& rowset) const;

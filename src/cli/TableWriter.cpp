@@ -12,7 +12,7 @@ namespace {
 /// printed as it comes, and a wider value further down juts out.
 class TableWriter : public ResultWriter {
 public:
-    explicit TableWriter(std::ostream& output) : m_output(output) {}
+    TableWriter(std::ostream& output, bool counted) : m_output(output), m_counted(counted) {}
 
     void Begin(const std::vector<ResultColumn>& columns) override {
         m_columns = columns;
@@ -39,7 +39,7 @@ public:
 
     void End() override {
         if (!m_headerPrinted) PrintMeasured();
-        m_output << "(" << m_rowCount << (m_rowCount == 1 ? " row)\n" : " rows)\n");
+        if (m_counted) m_output << "(" << m_rowCount << (m_rowCount == 1 ? " row)\n" : " rows)\n");
     }
 
 private:
@@ -73,6 +73,7 @@ private:
     }
 
     std::ostream& m_output;
+    const bool m_counted;
     std::vector<ResultColumn> m_columns;
     std::vector<std::string> m_names;
     std::vector<std::size_t> m_widths;
@@ -83,8 +84,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<ResultWriter> MakeTableWriter(std::ostream& output) {
-    return std::make_unique<TableWriter>(output);
+std::unique_ptr<ResultWriter> MakeTableWriter(std::ostream& output, bool counted) {
+    return std::make_unique<TableWriter>(output, counted);
 }
 
 }  // namespace qve::cli

@@ -1,5 +1,6 @@
 #include "client/QVE_Client.h"
 
+#include <optional>
 #include <utility>
 
 #include "client/ClientConnection.h"
@@ -32,6 +33,20 @@ void ReadStatus(QVE_InputIterator& in) {
 /// a rule.
 bool IsPlainSuccess(const QVE_Message& reply) {
     return reply.size() == sizeof(std::int32_t) && QVE_InputIterator(reply).ReadStatus() == 0;
+}
+
+/// A reply with the four counts of progress, and nothing else. That of an execution is shorter or longer: with a rowset
+/// come the properties of its columns.
+std::optional<QVE_Client::Progress> ReadProgress(const QVE_Message& reply) {
+    constexpr std::size_t size = 2 * sizeof(std::uint32_t) + 4 * sizeof(std::uint64_t);
+    QVE_InputIterator in(reply);
+    if (reply.size() != size || in.ReadStatus() != 0) return std::nullopt;
+    QVE_Client::Progress progress;
+    progress.first = in.ReadU64();
+    progress.last = in.ReadU64();
+    progress.done = in.ReadU64();
+    progress.total = in.ReadU64();
+    return progress;
 }
 
 }  // namespace
@@ -84,20 +99,36 @@ QVE_PropertyList QVE_Client::GetProperties() const {
 }
 
 void QVE_Client::RecvReply(QVE_Message& reply) {
+    // Replies of the call, of the cancels and of the questions that met it come in any order.
     QVE_Message received;
-    m_connection->Recv(m_session, reply);
-    for (unsigned replies = 1;; ++replies) {
+    for (unsigned replies = 0;;) {
         {
             std::lock_guard lock(m_cancelMutex);
-            if (replies == m_cancels + 1) {
-                m_inFlight = false;
-                return;
-            }
+            if (replies == m_cancels + 1 && m_questions == 0) return EndFlight();
         }
-        // Replies of the call and of the cancels that met it come in any order.
         m_connection->Recv(m_session, received);
-        if (IsPlainSuccess(reply)) reply.swap(received);
+        if (TakeProgress(received)) continue;
+        if (replies++ == 0 || IsPlainSuccess(reply)) reply.swap(received);
     }
+}
+
+bool QVE_Client::TakeProgress(const QVE_Message& reply) {
+    std::lock_guard lock(m_cancelMutex);
+    if (m_questions == 0) return false;
+    const std::optional<Progress> progress = ReadProgress(reply);
+    if (!progress) return false;
+    --m_questions;
+    ++m_answers;
+    m_progress = *progress;
+    m_answered.notify_all();
+    return true;
+}
+
+// With the mutex held.
+void QVE_Client::EndFlight() {
+    m_inFlight = m_executing = false;
+    m_questions = 0;
+    m_answered.notify_all();
 }
 
 void QVE_Client::Request(QVE_Command command, const WriteFields& write, QVE_Message& reply) {
@@ -111,13 +142,14 @@ void QVE_Client::Request(QVE_Command command, const WriteFields& write, QVE_Mess
         std::lock_guard lock(m_cancelMutex);
         m_connection->Send(m_session, message);
         m_inFlight = true;
+        m_executing = command == QVE_Command::StatementExecute;
         m_cancels = 0;
     }
     try {
         RecvReply(reply);
     } catch (...) {
         std::lock_guard lock(m_cancelMutex);
-        m_inFlight = false;
+        EndFlight();
         throw;
     }
 }
@@ -199,6 +231,32 @@ void QVE_Client::StatementCancel(std::uint64_t statement) {
         }
     }
     RequestNothing(QVE_Command::StatementCancel, StatementFields(statement));
+}
+
+QVE_Client::Progress QVE_Client::StatementEstimateProgress(std::uint64_t statement) {
+    {
+        std::unique_lock lock(m_cancelMutex);
+        if (m_inFlight && m_executing) {
+            QVE_Message message;
+            QVE_OutputIterator out(message);
+            out.WriteHeader();
+            out.WriteCommand(QVE_Command::StatementEstimateProgress);
+            StatementFields(statement)(out);
+            m_connection->Send(m_session, message);
+            ++m_questions;
+            // Whoever waits for the execution receives the answer, too; answers come in the order of the questions.
+            const std::uint64_t ours = m_answers + m_questions;
+            m_answered.wait(lock, [&] { return m_answers >= ours || !m_inFlight; });
+            if (m_answers >= ours) return m_progress;
+            return {};
+        }
+    }
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(QVE_Command::StatementEstimateProgress, StatementFields(statement), reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    return ReadProgress(reply).value_or(Progress());
 }
 
 void QVE_Client::StatementClose(std::uint64_t statement) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -22,10 +23,10 @@ class QVE_Message;
 class QVE_OutputIterator;
 class QVE_ValueArray;
 
-/// One session on a server. Calls from several threads wait for each other; only StatementCancel overtakes a call that
-/// is under way. Operations throw QVE_ServerError with the status and texts of an error reply, QVE_Exception (40508)
-/// when there is no connection, (40509) when it fails, QVE_RuntimeError (70003 to 70007) for replies that make no
-/// sense.
+/// One session on a server. Calls from several threads wait for each other; only StatementCancel and
+/// StatementEstimateProgress overtake a call that is under way. Operations throw QVE_ServerError with the status and
+/// texts of an error reply, QVE_Exception (40508) when there is no connection, (40509) when it fails, QVE_RuntimeError
+/// (70003 to 70007) for replies that make no sense.
 class QVE_Client : public RefCntObject {
 public:
     QVE_Client();
@@ -49,6 +50,15 @@ public:
     void StatementPrepare(std::uint64_t statement, std::string_view query);
     RefCntPtr<QVE_ClientRowset> StatementExecute(std::uint64_t statement);
     void StatementCancel(std::uint64_t statement);
+    /// Rows of the result and units of work, all ones where unknown.
+    struct Progress {
+        std::uint64_t first = ~std::uint64_t{0};
+        std::uint64_t last = ~std::uint64_t{0};
+        std::uint64_t done = ~std::uint64_t{0};
+        std::uint64_t total = ~std::uint64_t{0};
+    };
+    /// How far a statement is; overtakes its execution.
+    Progress StatementEstimateProgress(std::uint64_t statement);
     void StatementClose(std::uint64_t statement);
     QVE_PropertyList RowsetGetProperties(std::uint64_t rowset);
     /// Fills `values` with the rowset's next reply; with nothing at its end.
@@ -69,6 +79,9 @@ private:
     void Request(QVE_Command command, const WriteFields& write, QVE_Message& reply);
     void RequestNothing(QVE_Command command, const WriteFields& write);
     void RecvReply(QVE_Message& reply);
+    /// Takes a reply for a question for progress when it is one.
+    bool TakeProgress(const QVE_Message& reply);
+    void EndFlight();
     RefCntPtr<QVE_ClientRowset> RequestRowset(QVE_Command command, const WriteFields& write);
     WriteFields StatementFields(std::uint64_t statement) const;
 
@@ -77,10 +90,15 @@ private:
     std::uint64_t m_session = 0;
     std::string m_descriptor;
 
-    // A cancel meets a call under way: both have replies to come, on one session.
+    // A cancel or a question for progress meets a call under way: all have replies to come, on one session.
     std::mutex m_cancelMutex;
     bool m_inFlight = false;
+    bool m_executing = false;  // the call is an execution
     unsigned m_cancels = 0;
+    unsigned m_questions = 0;  // for progress, not answered yet
+    std::uint64_t m_answers = 0;
+    Progress m_progress;  // the last answer
+    std::condition_variable m_answered;
 
     mutable std::mutex m_errorMutex;
     ErrorInfo m_errorInfo;

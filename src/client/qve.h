@@ -6,8 +6,8 @@
  * Texts are UTF-8 and end with a NUL. Handles are closed by their Close function; closing a null handle is allowed. A
  * statement, rowset or value array may be closed after its connection was.
  *
- * A connection serves one call at a time: calls from several threads wait for each other. Only QVE_StatementCancel does
- * not wait. For work in parallel open several connections.
+ * A connection serves one call at a time: calls from several threads wait for each other. Only QVE_StatementCancel and
+ * QVE_StatementEstimateProgress do not wait. For work in parallel open several connections.
  */
 #ifndef QVE_H
 #define QVE_H
@@ -150,6 +150,13 @@ QVE_API QVE_Status QVE_PropertiesClose(QVE_Properties* properties);
 
 /* ---- Statements. A statement without a result gives a null rowset. ---- */
 
+typedef struct QVE_Progress {
+    uint64_t first_rows;
+    uint64_t last_rows;
+    uint64_t done;
+    uint64_t total;
+} QVE_Progress;
+
 QVE_API QVE_Status QVE_QueryExecute(QVE_Connection* connection, const char* query, QVE_Rowset** rowset);
 
 QVE_API QVE_Status QVE_StatementOpen(QVE_Connection* connection, QVE_Statement** statement);
@@ -159,6 +166,9 @@ QVE_API QVE_Status QVE_StatementExecute(QVE_Statement* statement, QVE_Rowset** r
 /* From any thread, also while a call of the connection is under way: that call, or the next QVE_StatementExecute, gives
  * QVE_CANCELLED. Not from a signal handler. */
 QVE_API QVE_Status QVE_StatementCancel(QVE_Statement* statement);
+/* How far a statement is: bounds of the number of rows that it gives, and units of work, done and in all. All ones
+ * stand for what is not known. From any thread, also while the statement executes. */
+QVE_API QVE_Status QVE_StatementEstimateProgress(QVE_Statement* statement, QVE_Progress* progress);
 QVE_API QVE_Status QVE_StatementClose(QVE_Statement* statement);
 
 /* ---- Rowsets: values row by row. ---- */

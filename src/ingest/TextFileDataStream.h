@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "ingest/TextDataStream.h"
@@ -15,6 +16,8 @@ public:
     uint64_t GetSize() const override { return m_size; }
     RefCntPtr<DataStream> Fork(bool readOnly) override;
     const std::wstring& GetPath() const { return m_file->GetPath(); }
+    /// How many bytes have been read. Any thread may ask.
+    uint64_t GetPosition() const { return m_position.load(std::memory_order_relaxed); }
     /// When the file was changed last, in ticks of the file system's clock.
     long long GetModificationTime() const;
 
@@ -24,7 +27,7 @@ private:
 
     RefCntPtr<DataFile> m_file;
     uint64_t m_size;
-    uint64_t m_position = 0;
+    std::atomic<uint64_t> m_position{0};
 };
 
 }  // namespace qve

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "algebra/OperatorVisitor.h"
+#include "ingest/DecompressingDataStream.h"
 #include "ingest/FieldSplitter.h"
 #include "ingest/TextChunk.h"
 #include "ingest/TextColumnNames.h"
@@ -92,12 +93,12 @@ RefCntPtr<DataStream> TextScan::OpenFile(const std::wstring& path) {
 TextScan::TextScan(RefCntPtr<DataStream> stream, std::vector<usrprops> columns, usrprops properties,
                    const ColumnNames& wanted)
     : DataFlow(nullptr, {}),
-      m_stream(std::move(stream)),
+      m_file(DynamicPtrCast<TextFileDataStream>(stream)),
+      m_stream(DecompressingDataStream::CreatePlainStream(stream)),
       m_properties(properties),
       m_chunk(std::make_unique<TextChunk>()),
       m_partitioner(std::make_unique<Partitioner>()) {
-    const auto* file = dynamic_cast<const TextFileDataStream*>(m_stream.get());
-    const TextSchemaCache::Key key{file, columns, properties};
+    const TextSchemaCache::Key key{m_file.get(), columns, properties};
     if (auto known = TextSchemaCache::Find(key)) {
         m_properties = known->properties;
         m_schema = known->schema;
@@ -106,7 +107,7 @@ TextScan::TextScan(RefCntPtr<DataStream> stream, std::vector<usrprops> columns, 
     std::string charset = narrow(m_properties.text(usrpropkey::character_set));
     m_stream = TranscodingDataStream::CreateUTF8Stream(m_stream, charset);
     m_properties.set(usrpropkey::character_set, widen(charset));
-    m_textSize = m_stream->GetSize();
+    m_textSize = m_file ? m_file->GetSize() : m_stream->GetSize();
     GetConfigFromTextProps(m_config, m_properties);
 
     if (m_prototypes.empty()) {
@@ -261,8 +262,11 @@ void TextScan::ShowColumns(const ColumnNames& wanted) {
 }
 
 std::wstring TextScan::GetPath() const {
-    const auto* file = dynamic_cast<const TextFileDataStream*>(m_stream.get());
-    return file ? file->GetPath() : std::wstring();
+    return m_file ? m_file->GetPath() : std::wstring();
+}
+
+uint64_t TextScan::GetTextCursor() const {
+    return m_file ? m_file->GetPosition() : m_textCursor.load(std::memory_order_relaxed);
 }
 
 void TextScan::ResetCursor() {

@@ -16,6 +16,7 @@ namespace qve {
 class DataStream;
 class FieldSplitter;
 class TextChunk;
+class TextFileDataStream;
 
 /// The records of a delimited text. What it is not told it finds out from the first 10,000 records or more: the
 /// character set, the delimiters, whether there is a header, the columns and their types. All columns of a page are
@@ -50,8 +51,9 @@ public:
     const std::vector<usrprops>& GetSchema() const { return m_schema; }
     /// The path of the file that is scanned; empty for a text that is no file.
     std::wstring GetPath() const;
-    /// How many bytes of the text have been read, of how many. Any thread may ask.
-    uint64_t GetTextCursor() const { return m_textCursor.load(std::memory_order_relaxed); }
+    /// How many bytes of the file have been read, of how many; of a text that is no file, those of the records that
+    /// were parsed. Any thread may ask.
+    uint64_t GetTextCursor() const;
     uint64_t GetTextSize() const { return m_textSize; }
 
     uint64_t GetCursor() const override { return m_cursor.load(std::memory_order_relaxed); }
@@ -82,7 +84,8 @@ private:
     bool FindRows();
     const ScannedColumn* Find(const std::wstring& name) const;
 
-    RefCntPtr<DataStream> m_stream;
+    RefCntPtr<TextFileDataStream> m_file;  // null for a text that is no file
+    RefCntPtr<DataStream> m_stream;        // over the file, if there is one: plain text in UTF-8
     usrprops m_properties;
     parse_config m_config;
     std::unique_ptr<FieldSplitter> m_splitter;

@@ -11,5 +11,7 @@ inline constexpr int TextScan_TooManyColumns = 40565;
 inline constexpr int TranscodingDataStream_Charset = 40566;
 inline constexpr int TranscodingDataStream_Converter = 40567;
 inline constexpr int TextDataStream_ReadOnly = 40568;
+inline constexpr int DecompressingDataStream_Truncated = 40569;
+inline constexpr int DecompressingDataStream_Corrupt = 40572;
 
 }  // namespace qve::status

@@ -30,12 +30,25 @@ Connection::Connection(std::unique_ptr<IPC_Connection> connection, RefCntPtr<Ses
 
 Connection::~Connection() = default;
 
-bool Connection::IsHighPriority(const QVE_Message& request) noexcept {
+namespace {
+
+/// Idle, which no client sends, for a request that cannot be read.
+QVE_Command CommandOf(const QVE_Message& request) noexcept {
     try {
-        return QVE_InputIterator(request).ReadCommand() == QVE_Command::StatementCancel;
+        return QVE_InputIterator(request).ReadCommand();
     } catch (...) {
-        return false;
+        return QVE_Command::Idle;
     }
+}
+
+}  // namespace
+
+bool Connection::IsHighPriority(const QVE_Message& request) noexcept {
+    return CommandOf(request) == QVE_Command::StatementCancel;
+}
+
+bool Connection::RunsBeside(const QVE_Message& request) noexcept {
+    return IsHighPriority(request) || CommandOf(request) == QVE_Command::StatementEstimateProgress;
 }
 
 bool Connection::HasSession(std::uint64_t guid) const {
@@ -54,7 +67,7 @@ void Connection::RecvOneMessage() {
     }
     if (!HasSession(guid)) throw QVE_RuntimeError(status::Connection_InvalidSession, "invalid session identifier");
     const RefCntPtr<Session> session = m_pool->GetSession(guid);
-    const bool overtakes = IsHighPriority(request);
+    const bool overtakes = RunsBeside(request);
     const auto dispatch = MakeRef<DispatchRunnable>(RefCntPtr<Connection>(this), session, m_work);
     if (overtakes) {
         dispatch->Answer(request);

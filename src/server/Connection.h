@@ -51,6 +51,9 @@ public:
 
     /// Whether a request overtakes those that wait. An unreadable one does not.
     static bool IsHighPriority(const QVE_Message& request) noexcept;
+    /// Whether a request is answered at once beside one that runs: what overtakes, and the question how far that one
+    /// is.
+    static bool RunsBeside(const QVE_Message& request) noexcept;
 
 private:
     void Dispatch(const QVE_Message& request, QVE_Message& reply);

@@ -4,13 +4,16 @@
 #include <cstring>
 #include <limits>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "cli/ErrorLocator.h"
+#include "cli/ProgressBar.h"
 #include "cli/ResultWriter.h"
 #include "cli/display_width.h"
 #include "cli/value_text.h"
+#include "cli/vql_text.h"
 
 namespace qve::cli {
 namespace {
@@ -61,6 +64,13 @@ TEST(ResultWriter, WritesJson) {
               "]\n");
 }
 
+TEST(ResultWriter, WritesJsonLines) {
+    EXPECT_EQ(Print(Format::jsonl),
+              "{\"name\": \"a,\\\"b\\\"\\tc\\n\", \"n\": 7}\n"
+              "{\"name\": \"\xE6\x97\xA5\xE6\x9C\xAC\", \"n\": -1234}\n"
+              "{\"name\": \"\", \"n\": null}\n");
+}
+
 TEST(ResultWriter, WritesOneLineForEachValue) {
     EXPECT_EQ(Print(Format::vertical),
               "-[ row 1 ]-\nname | a,\"b\"\\tc\\n\nn    | 7\n"
@@ -86,6 +96,23 @@ TEST(DisplayWidth, CountsColumnsOfTheTerminal) {
     EXPECT_EQ(DisplayWidth("\xE6\x97\xA5"), 2U);
     EXPECT_EQ(DisplayWidth("\xFF"), 1U);
     EXPECT_EQ(Printable("a\x1B[31m\xFF"), "a\\x1b[31m\xEF\xBF\xBD");
+}
+
+TEST(TableName, HasASchemaOfItsOwnOrTheDefault) {
+    EXPECT_EQ(TableName::Parse("sale").Quote(), "[main].[sale]");
+    EXPECT_EQ(TableName::Parse("shop.sale").Quote(), "[shop].[sale]");
+    EXPECT_EQ(TableName::Parse("a\\.b.x]y\\\\z").Quote(), "[a.b].[x\\]y\\\\z]");
+    for (const char* bad : {"", ".", "a.", ".b", "a.b.c"}) EXPECT_THROW(TableName::Parse(bad), std::invalid_argument);
+    EXPECT_EQ(QuoteText("a\"b\\c\n\t"), "\"a\\\"b\\\\c\\n\\t\"");
+}
+
+TEST(ProgressBar, ShowsTheShareWhereItIsKnown) {
+    constexpr uint64_t unknown = ~uint64_t{0};
+    EXPECT_EQ(ProgressLine({1234567, unknown, 50, 100}, 2.04, 60),
+              "[###############...............]  50%  1,234,567 rows  2.0 s");
+    EXPECT_EQ(ProgressLine({unknown, unknown, 3, 2}, 0, 20), "[######] 100%  0.0 s");
+    EXPECT_EQ(ProgressLine({12, unknown, 7, unknown}, 61, 60), "12 rows  61.0 s");
+    EXPECT_EQ(ProgressLine({12, unknown, 7, unknown}, 61, 4), "12 r");
 }
 
 TEST(ErrorLocator, FindsWhatTheParserRefuses) {

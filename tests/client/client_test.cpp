@@ -164,6 +164,48 @@ TEST(Client, CancelOvertakesARunningStatementInEitherOrderOfReplies) {
     }
 }
 
+TEST(Client, ProgressOvertakesARunningStatementInEitherOrderOfReplies) {
+    for (const bool progressFirst : {true, false}) {
+        std::promise<void> executing;
+        const ScriptedPeer peer([&](Link& link) {
+            const auto counts = [&link](std::uint64_t done) {
+                link.Reply([done](QVE_OutputIterator& out) {
+                    for (const std::uint64_t count : {std::uint64_t{1}, ~std::uint64_t{0}, done, std::uint64_t{9}}) {
+                        out.WriteU64(count);
+                    }
+                });
+            };
+            link.Next();
+            EXPECT_EQ(link.command, QVE_Command::StatementExecute);
+            executing.set_value();
+            link.Next();
+            EXPECT_EQ(link.command, QVE_Command::StatementEstimateProgress);
+            QVE_InputIterator in(link.request);
+            in.ReadCommand();
+            EXPECT_EQ(in.ReadGuid(), ScriptedPeer::s_session);
+            EXPECT_EQ(in.ReadGuid(), 3U);
+            if (progressFirst) counts(5);
+            link.Reply([](QVE_OutputIterator& out) { out.WriteU32(0); });
+            if (!progressFirst) counts(5);
+            // Between executions it waits its turn as all calls do.
+            link.Next();
+            EXPECT_EQ(link.command, QVE_Command::StatementEstimateProgress);
+            counts(6);
+            link.Next();
+        });
+        QVE_Client client;
+        client.Connect(peer.GetDescriptor());
+        auto result = std::async(std::launch::async, [&] { return client.StatementExecute(3); });
+        executing.get_future().wait();
+        const QVE_Client::Progress progress = client.StatementEstimateProgress(3);
+        EXPECT_EQ(progress.first, 1U);
+        EXPECT_EQ(progress.done, 5U);
+        EXPECT_EQ(progress.total, 9U);
+        EXPECT_EQ(result.get(), nullptr);
+        EXPECT_EQ(client.StatementEstimateProgress(3).done, 6U);
+    }
+}
+
 TEST(Client, ALostConnectionEndsWaitingCallsAndLaterOnes) {
     const ScriptedPeer peer([](Link& link) { link.Next(); });
     QVE_Client client;

@@ -92,9 +92,9 @@ void EstimateProgress::VisitOrder(Order& table) {
     Push(rows);
 }
 
-// How many rows a text has shows only at its end.
+// How many rows a text has shows only at its end; the work is its bytes.
 void EstimateProgress::VisitTextScan(TextScan& flow) {
-    Push({.first = 0, .last = unknown, .done = flow.GetCursor(), .total = unknown});
+    Push({.first = flow.GetCursor(), .last = unknown, .done = flow.GetTextCursor(), .total = flow.GetTextSize()});
 }
 
 // There are at most as many groups as rows.

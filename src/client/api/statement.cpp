@@ -56,6 +56,14 @@ QVE_Status QVE_StatementCancel(QVE_Statement* statement) {
     return Guard(*statement->client, [&] { statement->client->StatementCancel(statement->guid); });
 }
 
+QVE_Status QVE_StatementEstimateProgress(QVE_Statement* statement, QVE_Progress* progress) {
+    if (!statement || !progress) return QVE_ERROR_ARGUMENT;
+    return Guard(*statement->client, [&] {
+        const auto estimate = statement->client->StatementEstimateProgress(statement->guid);
+        *progress = {estimate.first, estimate.last, estimate.done, estimate.total};
+    });
+}
+
 QVE_Status QVE_StatementClose(QVE_Statement* statement) {
     const std::unique_ptr<QVE_Statement> closed(statement);
     if (!closed) return QVE_OK;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "algebra/take_error_counts.h"
 #include "storage/Column.h"
 
 namespace qve {
@@ -32,7 +33,10 @@ RefCntPtr<Column> ResultFlow::LookupColumn(const std::wstring& name) const {
 
 unsigned ResultFlow::Next(unsigned pageSize) {
     const unsigned extent = Restrict::Next(pageSize);
-    for (const auto& [source, column] : m_shared) column->ShareStreams(*source);
+    for (const auto& [source, column] : m_shared) {
+        column->ShareStreams(*source);
+        if (extent == 0) TakeErrorCounts(*source, *column);
+    }
     return extent;
 }
 
