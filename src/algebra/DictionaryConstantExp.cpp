@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "algebra/exact_cast.h"
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "types/usrheap.h"
@@ -16,19 +17,6 @@ constexpr uint64_t indexLimit = uint64_t{4} << 20;
 
 // The null at the beginning of a heap takes two bytes at least, so no entry begins at the second.
 constexpr uint64_t absentToken = 1;
-
-// The value as the column would store it; of no type when it would be cut or changed on the way.
-usratom AsStored(const usratom& value, const usrtype& type) {
-    usratom stored(&type);
-    type.cast(stored, value);
-    if (stored.isnull()) return usratom();
-    usratom back(value.type());
-    value.type()->cast(back, stored);
-    if (back.isnull() || value.type()->compare(back, value) != 0) return usratom();
-    usratom owned;
-    owned.assign(&type, stored.data(), stored.length());
-    return owned;
-}
 
 void PutToken(Column& column, uint64_t token) {
     const output_column out = column.GetOutput(0);
@@ -54,7 +42,7 @@ RefCntPtr<DictionaryConstantExp> DictionaryConstantExp::Make(const usratom& valu
     auto token = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>(), column->GetDict());
     token->Extend(1);
     token->Seek(0, 1);
-    usratom stored = AsStored(value, *column->GetType());
+    usratom stored = exact_cast(value, *column->GetType());
     return MakeRef<DictionaryConstantExp>(std::move(token), std::move(column), std::move(stored));
 }
 

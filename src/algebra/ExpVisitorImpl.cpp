@@ -4,11 +4,13 @@
 #include "algebra/CaseExp.h"
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/CompressExp.h"
 #include "algebra/ConstantExp.h"
 #include "algebra/DataExp.h"
+#include "algebra/ExpandExp.h"
 #include "algebra/HashExp.h"
-#include "algebra/status.h"
-#include "system/QuillonException.h"
+#include "algebra/LookupExp.h"
+#include "algebra/PartitionExp.h"
 
 namespace qve {
 
@@ -45,22 +47,20 @@ void ExpVisitorImpl::VisitPrimitiveExp(PrimitiveExp& exp) {
     VisitArguments(exp);
 }
 
-// Nodes of these classes cannot be built yet.
-
-void ExpVisitorImpl::VisitCompressExp(CompressExp&) {
-    throw QVE_LogicError(status::ExpVisitorImpl_Absent, "ExpVisitorImpl::VisitCompressExp");
+void ExpVisitorImpl::VisitCompressExp(CompressExp& exp) {
+    VisitArguments(exp);
 }
 
-void ExpVisitorImpl::VisitExpandExp(ExpandExp&) {
-    throw QVE_LogicError(status::ExpVisitorImpl_Absent, "ExpVisitorImpl::VisitExpandExp");
+void ExpVisitorImpl::VisitExpandExp(ExpandExp& exp) {
+    VisitArguments(exp);
 }
 
-void ExpVisitorImpl::VisitLookupExp(LookupExp&) {
-    throw QVE_LogicError(status::ExpVisitorImpl_Absent, "ExpVisitorImpl::VisitLookupExp");
+void ExpVisitorImpl::VisitLookupExp(LookupExp& exp) {
+    VisitArguments(exp);
 }
 
-void ExpVisitorImpl::VisitPartitionExp(PartitionExp&) {
-    throw QVE_LogicError(status::ExpVisitorImpl_Absent, "ExpVisitorImpl::VisitPartitionExp");
+void ExpVisitorImpl::VisitPartitionExp(PartitionExp& exp) {
+    VisitArguments(exp);
 }
 
 }  // namespace qve

@@ -1,13 +1,11 @@
 #include "algebra/OrdAggr.h"
 
 #include <algorithm>
-#include <cstring>
 #include <numeric>
 
 #include "algebra/OperatorVisitor.h"
 #include "algebra/group_key_properties.h"
 #include "algebra/status.h"
-#include "primitives/primitive.h"
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
@@ -28,14 +26,6 @@ ColumnNames OutputNames(const ColumnNames& keys, const std::vector<RefCntPtr<Exp
     ColumnNames names = keys;
     for (const RefCntPtr<Exp>& aggregate : aggregates) names.insert(aggregate->GetName());
     return names;
-}
-
-unary_func RunKernel(const Column& column) {
-    const std::wstring type = column.GetPrimitiveType(usrpropkey::distinct);
-    for (primitive* kernel : primitive::resolve(L"run", {{type, primitive::storageCol}})) {
-        if (kernel->klass() == primitive::klassMap) return ResolvePrimitive<unary_func>(kernel);
-    }
-    throw QVE_InvalidArgument(status::OrdAggr_LoadCheckers, "OrdAggr::LoadCheckers");
 }
 
 }  // namespace
@@ -86,7 +76,8 @@ void OrdAggr::ResetCursor() {
     DataFlow::ResetCursor();
     m_blockStart = m_blockCount = 0;
     m_previousCursor = 0;
-    m_carryOver = m_ended = false;
+    m_changes.Reset();
+    m_ended = false;
 }
 
 void OrdAggr::Bind() {
@@ -100,7 +91,11 @@ void OrdAggr::Bind() {
 void OrdAggr::LoadCheckers() {
     for (const CellCopier& key : m_keys) {
         const RefCntPtr<Column>& column = key.GetFrom();
-        if (!IsSingle(*column)) m_checkers.push_back({column, RunKernel(*column), {}});
+        if (IsSingle(*column)) continue;
+        if (!m_changes.AddKey(*column)) {
+            throw QVE_InvalidArgument(status::OrdAggr_LoadCheckers, "OrdAggr::LoadCheckers");
+        }
+        m_checked.push_back(column);
     }
 }
 
@@ -129,38 +124,10 @@ bool OrdAggr::NextBlock(unsigned pageSize) {
     return true;
 }
 
-// The kernels compare neighbours, so each writes its own marks, and the marks are gathered.
 void OrdAggr::MarkHeads(unsigned extent) {
-    const unsigned first = GetBlockRows()[0];
-    m_heads.assign(extent, 0);
-    const bool starts = StartsGroup(first) || !m_carryOver;
-    for (const Checker& checker : m_checkers) {
-        m_marks.assign(extent, 0);
-        checker.run(m_blockCount, output_column{m_marks.data(), nullptr, 1, extent, nullptr},
-                    checker.column->GetInput(), m_source->GetSelection());
-        for (unsigned row = 0; row < extent; ++row) m_heads[row] |= m_marks[row];
-    }
-    m_heads[first] = starts;
-    m_carryOver = true;
-}
-
-// Compares the first key of the page with the last of the page before, and keeps the last of this one.
-bool OrdAggr::StartsGroup(unsigned firstRow) {
-    const unsigned lastRow = GetBlockRows()[m_blockCount - 1];
-    bool differs = false;
-    for (Checker& checker : m_checkers) {
-        const input_column cells = checker.column->GetInput();
-        const auto* bytes = cells.values<unsigned char>();
-        std::memcpy(checker.edge.data() + cells.width, bytes + cells.width * firstRow, cells.width);
-        unsigned char marks[2] = {0, 0};
-        input_column edge = cells;
-        edge.data = checker.edge.data();
-        edge.count = 2;
-        checker.run(2, output_column{marks, nullptr, 1, 2, nullptr}, edge, nullptr);
-        differs = differs || marks[1];
-        std::memcpy(checker.edge.data(), bytes + cells.width * lastRow, cells.width);
-    }
-    return differs;
+    m_checkedPages.clear();
+    for (const RefCntPtr<Column>& column : m_checked) m_checkedPages.push_back(column->GetInput());
+    m_heads = m_changes.Mark(m_blockCount, extent, m_source->GetSelection(), m_checkedPages);
 }
 
 unsigned OrdAggr::Next(unsigned pageSize) {

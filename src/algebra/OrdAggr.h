@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -8,7 +7,7 @@
 #include "algebra/CellCopier.h"
 #include "algebra/DataFlow.h"
 #include "algebra/Exp.h"
-#include "primitives/primitive_func.h"
+#include "algebra/KeyChanges.h"
 
 namespace qve {
 
@@ -38,19 +37,11 @@ public:
     const std::vector<RefCntPtr<Exp>>& GetAggregates() const { return m_aggregates; }
 
 private:
-    /// Marks where the cells of one key change.
-    struct Checker {
-        RefCntPtr<Column> column;
-        unary_func run;
-        std::array<unsigned char, 16> edge;  // two cells: the last of the page before and the first of this one
-    };
-
     Exp* FindAggregate(const std::wstring& name) const;
     void Bind();
     void LoadCheckers();
     bool NextBlock(unsigned pageSize);
     void MarkHeads(unsigned extent);
-    bool StartsGroup(unsigned firstRow);
     void ConsumeBlock(unsigned pageSize);
     void Fold(unsigned begin, unsigned end, unsigned firstGroup);
     const unsigned* GetBlockRows() const;
@@ -58,18 +49,18 @@ private:
     const ColumnNames m_keyNames;
     const std::vector<RefCntPtr<Exp>> m_aggregates;
     std::vector<CellCopier> m_keys;
-    std::vector<Checker> m_checkers;
-    std::vector<unsigned char> m_heads;  // by row of the input page: a group begins here
-    std::vector<unsigned char> m_marks;  // by row: one key changes here
-    std::vector<unsigned> m_rowNumbers;  // 0, 1, 2, ...
-    std::vector<unsigned> m_groupIds;    // by row of the input page
-    std::vector<unsigned> m_starts;      // positions in the block's selection where the groups of a walk begin
-    std::vector<unsigned> m_startRows;   // their rows
-    unsigned m_blockStart = 0;           // next position in the selection of the input page
-    unsigned m_blockCount = 0;           // positions in it
-    unsigned m_groups = 0;               // of the output page
+    KeyChanges m_changes;
+    std::vector<RefCntPtr<Column>> m_checked;  // the keys that may change
+    std::vector<input_column> m_checkedPages;
+    const unsigned char* m_heads = nullptr;  // by row of the input page: a group begins here
+    std::vector<unsigned> m_rowNumbers;      // 0, 1, 2, ...
+    std::vector<unsigned> m_groupIds;        // by row of the input page
+    std::vector<unsigned> m_starts;          // positions in the block's selection where the groups of a walk begin
+    std::vector<unsigned> m_startRows;       // their rows
+    unsigned m_blockStart = 0;               // next position in the selection of the input page
+    unsigned m_blockCount = 0;               // positions in it
+    unsigned m_groups = 0;                   // of the output page
     uint64_t m_previousCursor = 0;
-    bool m_carryOver = false;  // a page was there before
     bool m_bound = false;
     bool m_ended = false;
 };

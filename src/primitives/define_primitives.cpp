@@ -33,6 +33,7 @@ void define_char_length();
 void define_check();
 void define_chr();
 void define_cluster();
+void define_collect();
 void define_concat();
 void define_contains();
 void define_copy();
@@ -188,6 +189,7 @@ void define_primitives() {
     define_check();
     define_chr();
     define_cluster();
+    define_collect();
     define_concat();
     define_contains();
     define_copy();

@@ -113,8 +113,8 @@ void define_primitive_results() {
         radixgrp(L"radixgrp");
     static const value_result cast_usr8(L"usr8", usrpropkey::empty, 0, true),
         greatest(L"greatest", usrpropkey::empty, 0, false), least(L"least", usrpropkey::empty, 0, false);
-    static const text_result concat(L"concat"), dayname(L"dayname"), monthname(L"monthname"), chr(L"chr"),
-        space(L"space");
+    static const text_result collect(L"collect"), concat(L"concat"), dayname(L"dayname"), monthname(L"monthname"),
+        chr(L"chr"), space(L"space");
 }
 
 }  // namespace qve

@@ -140,6 +140,22 @@ TEST(TextAggregates, KeepValuesInTheirOwnHeap) {
     EXPECT_EQ(counts, (std::vector<bigint>{3, 1, 0}));
 }
 
+TEST(TextAggregates, CollectJoinsTheTextsOfAGroup) {
+    const auto f = find_kernel<binary_func>(primitive::klassAggregate, L"collect", {usr4_col, {L"ulng", L"col"}});
+    const text_column column({"m", {}, "c", "", "\xC3\xA9", {}});
+    const std::vector<unsigned> groups{0, 1, 0, 0, 1, 2};
+    for (const size_t scale : {1, 2, 4}) {
+        text_column out({}, scale);
+        f(6, out.output(3), column.input(), input_of(groups), nullptr);
+        EXPECT_EQ(out.values(), (std::vector<text>{"m, c, ", "\xC3\xA9", {}}));
+        // The next page goes on with what there is.
+        const std::vector<unsigned> selected{0, 4, 5};
+        const std::vector<unsigned> one(6, 1);
+        f(3, out.output(3), column.input(), input_of(one, column_flags::constant), selected.data());
+        EXPECT_EQ(out.values(), (std::vector<text>{"m, c, ", "\xC3\xA9, m, \xC3\xA9", {}}));
+    }
+}
+
 TEST(TextGrouping, ChecksAndRunsCompareValuesNotTokens) {
     const text_column keys({"a", "b", "b", {}, {}, "c"});
     const text_column table({"b", "a", {}, "c"});  // other tokens for the same values

@@ -6,14 +6,20 @@
 #include "algebra/CaseExp.h"
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/CompressExp.h"
 #include "algebra/ConstantExp.h"
 #include "algebra/CountdExp.h"
 #include "algebra/DataExp.h"
+#include "algebra/ExpandExp.h"
+#include "algebra/HashExp.h"
 #include "algebra/LiteralAtom.h"
+#include "algebra/LookupExp.h"
 #include "algebra/MakeCall.h"
 #include "algebra/MomentsExp.h"
 #include "algebra/Namespace.h"
+#include "algebra/PartitionExp.h"
 #include "algebra/QuantileExp.h"
+#include "algebra/Table.h"
 #include "algebra/plan/status.h"
 #include "primitives/primitive.h"
 #include "primitives/primitive_directory.h"
@@ -111,10 +117,22 @@ RefCntPtr<Exp> ExpBuilder::BuildForm(const std::wstring& word, const Nodes& form
     }
     if (word == BooleanExp::opAnd || word == BooleanExp::opOr) {
         if (arguments < 2) Raise(L"missing argument");
-        const bool selects = m_context == ContextType::select && word == BooleanExp::opAnd;
+        const bool selects = m_context == ContextType::select;
         return MakeRef<BooleanExp>(anonymous, word,
                                    BuildArguments(selects ? ContextType::select : ContextType::map, form));
     }
+    if (word == L"compress" || word == L"expand") {
+        if (arguments != 1) Raise(L"missing argument");
+        RefCntPtr<Exp> value = Build(ContextType::map, form[1]);
+        if (word == L"compress") return MakeRef<CompressExp>(anonymous, std::move(value));
+        return MakeRef<ExpandExp>(anonymous, std::move(value));
+    }
+    if (word == L"partition") {
+        if (arguments < 1) Raise(L"missing argument");
+        return MakeRef<PartitionExp>(anonymous, BuildArguments(ContextType::map, form));
+    }
+    if (word == L"hashes") return BuildHashes(form);
+    if (word == L"lookup") return BuildLookup(form);
     if (word == L"map" && m_context == ContextType::select) {
         if (arguments != 1) Raise(L"missing argument");
         return Build(ContextType::map, form[1]);
@@ -181,6 +199,57 @@ RefCntPtr<Exp> ExpBuilder::BuildValues(const Nodes& form) {
         }
     }
     return values;
+}
+
+RefCntPtr<Exp> ExpBuilder::BuildHashes(const Nodes& form) {
+    RefCntPtr<HashExp> chain;
+    for (size_t i = 1; i < form.size(); ++i) {
+        const Nodes& link = m_reader.List(form[i]);
+        if (link.size() != 3) Raise(L"missing argument");
+        const std::wstring& op = m_reader.Symbol(link[0]);
+        if (op != (chain ? L"rehash" : L"hash") && op != (chain ? L"radixgrp" : L"radixhash")) {
+            m_reader.Raise(L"unknown function (" + op + L")", link[0]);
+        }
+        const bool tokens = m_reader.Symbol(link[1]) == L"tokens";
+        if (!tokens && m_reader.Symbol(link[1]) != L"values") m_reader.Raise(L"expected tokens or values", link[1]);
+        chain = MakeRef<HashExp>(anonymous, op, Build(ContextType::map, link[2]), tokens, chain);
+    }
+    if (!chain) Raise(L"missing argument");
+    return chain;
+}
+
+usratom ExpBuilder::BuildConstant(const RefCntPtr<VQLNode>& node) {
+    const RefCntPtr<Exp> exp = Build(ContextType::map, node);
+    const auto* constant = dynamic_cast<const ConstantExp*>(exp.get());
+    if (!constant || constant->GetValueCount() != 1) m_reader.Raise(L"expected literal", node);
+    return constant->GetValue();
+}
+
+RefCntPtr<Exp> ExpBuilder::BuildLookup(const Nodes& form) {
+    if (form.size() < 5) Raise(L"lookup takes at least 4 arguments");
+    Exp::Arguments keys;
+    for (const RefCntPtr<VQLNode>& key : m_reader.List(form[1])) keys.push_back(Build(ContextType::map, key));
+    if (keys.empty()) Raise(L"VisitLookup: missing input");
+    std::vector<const usrtype*> types;
+    for (const RefCntPtr<VQLNode>& type : m_reader.List(form[2])) types.push_back(BuildConstant(type).type());
+    if (types.size() != keys.size()) Raise(L"VisitLookup: table not rectangular");
+    usratom otherwise = BuildConstant(form[3]);
+    LookupTable table(types, otherwise.type());
+    types.push_back(otherwise.type());
+    for (size_t i = 4; i < form.size(); ++i) {
+        const Nodes& row = m_reader.List(form[i]);
+        if (row.size() != types.size()) m_reader.Raise(L"VisitLookup: table not rectangular", form[i]);
+        std::vector<usratom> cells;
+        for (size_t c = 0; c < row.size(); ++c) {
+            usratom cell = BuildConstant(row[c]);
+            if (cell.type() != types[c]) {
+                cell = CastConstant(*MakeRef<ConstantExp>(cell), types[c]->properties())->GetValue();
+            }
+            cells.push_back(std::move(cell));
+        }
+        table.Add(cells);
+    }
+    return MakeRef<LookupExp>(anonymous, std::move(keys), table.Finish(), std::move(otherwise));
 }
 
 }  // namespace qve

@@ -17,6 +17,10 @@ class usratom;
 ///     literal, (literal PROPERTIES) a constant, of the literal's type or of the one that the properties mean
 ///     (null PROPERTIES)             a null of that type
 ///     (values CONSTANT...)          a list of constants
+///     (compress VALUE)  (expand TOKENS)  (partition KEY ...)
+///     (hashes (hash tokens|values KEY) (rehash tokens|values KEY) ...)
+///     (lookup (KEY ...) (NULL ...) ELSE (CONSTANT ... VALUE) ...)
+///                                   the VALUE of the row with these keys; the NULLs have the types of the keys
 ///     (case C V ... ELSE)  (cast VALUE NULL)  (data TOKENS)  (and_ A B ...)  (or_ A B ...)
 ///     (map CALL)                    where rows are to be selected: by the computed bits
 ///     (operation ARGUMENT...)       a call of a kernel
@@ -43,6 +47,9 @@ private:
     RefCntPtr<Exp> BuildForm(const std::wstring& word, const Nodes& form);
     RefCntPtr<Exp> BuildCall(const std::wstring& op, const Nodes& form);
     RefCntPtr<Exp> BuildValues(const Nodes& form);
+    RefCntPtr<Exp> BuildHashes(const Nodes& form);
+    RefCntPtr<Exp> BuildLookup(const Nodes& form);
+    usratom BuildConstant(const RefCntPtr<VQLNode>& node);
     usratom QualifiedLiteral(const Nodes& form) const;
     usratom Null(const Nodes& form) const;
     [[noreturn]] void Raise(const wchar_t* text) const;

@@ -4,10 +4,16 @@
 #include "algebra/CaseExp.h"
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/CompressExp.h"
 #include "algebra/ConstantExp.h"
 #include "algebra/DataExp.h"
+#include "algebra/ExpandExp.h"
+#include "algebra/HashExp.h"
 #include "algebra/LiteralAtom.h"
-#include "algebra/plan/absent_operator.h"
+#include "algebra/LookupExp.h"
+#include "algebra/Namespace.h"
+#include "algebra/PartitionExp.h"
+#include "algebra/Table.h"
 #include "algebra/plan/format_properties.h"
 #include "storage/Column.h"
 #include "types/complete_type.h"
@@ -83,7 +89,7 @@ void FormatExp::FormatAtom(const usratom& atom) {
 void FormatExp::VisitPrimitiveExp(PrimitiveExp& exp) {
     const std::wstring& op = exp.GetOperation();
     if (op == BooleanExp::opAnd || op == BooleanExp::opOr) {
-        return Call(op, exp, op == BooleanExp::opAnd ? m_context : ContextType::map);
+        return Call(op, exp, m_context == ContextType::select ? ContextType::select : ContextType::map);
     }
     // A computed bit column where rows are to be selected.
     const bool mapped = m_context == ContextType::select && exp.GetClass() == primitive::klassMap;
@@ -92,20 +98,65 @@ void FormatExp::VisitPrimitiveExp(PrimitiveExp& exp) {
     if (mapped) m_text += L")";
 }
 
-void FormatExp::VisitCompressExp(CompressExp&) {
-    throw_absent_operator("CompressExp");
+void FormatExp::VisitCompressExp(CompressExp& exp) {
+    Call(L"compress", exp, ContextType::map);
 }
-void FormatExp::VisitExpandExp(ExpandExp&) {
-    throw_absent_operator("ExpandExp");
+void FormatExp::VisitExpandExp(ExpandExp& exp) {
+    Call(L"expand", exp, ContextType::map);
 }
-void FormatExp::VisitHashExp(HashExp&) {
-    throw_absent_operator("HashExp");
+void FormatExp::VisitPartitionExp(PartitionExp& exp) {
+    Call(L"partition", exp, ContextType::map);
 }
-void FormatExp::VisitLookupExp(LookupExp&) {
-    throw_absent_operator("LookupExp");
+
+// The links of the chain, first to last.
+void FormatExp::VisitHashExp(HashExp& exp) {
+    std::wstring links;
+    for (const HashExp* link = &exp; link; link = link->GetPrevious().get()) {
+        links = L" (" + link->GetOperation() + (link->AllowsTokens() ? L" tokens " : L" values ") +
+                Do(ContextType::map, link->GetArguments()[0]) + L")" + links;
+    }
+    m_text += L"(hashes" + links + L")";
 }
-void FormatExp::VisitPartitionExp(PartitionExp&) {
-    throw_absent_operator("PartitionExp");
+
+// The keys, the types of the key columns, what is not found, and the rows of the table.
+void FormatExp::VisitLookupExp(LookupExp& exp) {
+    Table& table = *exp.GetTable();
+    const uint64_t rows = table.Build(Namespace::s_blockLength);
+    const std::vector<std::wstring>& names = exp.GetTableColumns();
+    m_text += L"(lookup (";
+    for (size_t key = 0; key + 1 < names.size(); ++key) {
+        m_text += (key ? L" " : L"") + Do(ContextType::map, exp.GetArguments()[key]);
+    }
+    m_text += L") (";
+    std::vector<RefCntPtr<Column>> columns;
+    for (const std::wstring& name : names) columns.push_back(table.GetColumn(name));
+    for (size_t key = 0; key + 1 < columns.size(); ++key) {
+        if (key) m_text += L' ';
+        FormatAtom(columns[key]->GetType()->null());
+    }
+    m_text += L") ";
+    const usrtype& type = *columns.back()->GetType();
+    usratom otherwise(&type);
+    if (!exp.GetOtherwise().isnull()) type.cast(otherwise, exp.GetOtherwise());
+    FormatAtom(otherwise.isnull() ? type.null() : otherwise);
+    for (uint64_t row = 0; row < rows; ++row) {
+        m_text += L" (";
+        for (const RefCntPtr<Column>& column : columns) {
+            if (column != columns.front()) m_text += L' ';
+            column->Seek(table.GetStart() + row, 1);
+            usratom cell;
+            column->GetType()->get(column->GetInput(0), 0, cell);
+            // Read again, a cell takes the type of its column.
+            const VQLDataValue value = LiteralOfAtom(cell);
+            if (value.IsNull()) {
+                FormatAtom(cell);
+            } else {
+                m_text += FormatDataValue(value);
+            }
+        }
+        m_text += L")";
+    }
+    m_text += L")";
 }
 
 }  // namespace qve

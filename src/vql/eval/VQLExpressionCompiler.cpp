@@ -23,6 +23,7 @@
 #include "types/usratom.h"
 #include "vql/VQLExpressions.h"
 #include "vql/VQLRewriteQuantiles.h"
+#include "vql/eval/MakeCaseLookup.h"
 #include "vql/eval/status.h"
 
 namespace qve {
@@ -301,11 +302,11 @@ void VQLExpressionCompiler::VisitFuncall(VQLFuncallExpression& expression) {
     }
 
     if (op == BooleanExp::opAnd || op == BooleanExp::opOr) {
-        // The parts of a selecting and select in turn; those of an or must be known for each row.
-        const bool selects = context == ContextType::select && op == BooleanExp::opAnd;
+        // The parts of one that selects select in turn, each of the rows that are still undecided.
         Exp::Arguments parts;
         bool constant = true;
-        for (const auto& operand : CompileArguments(arguments, selects ? ContextType::select : ContextType::map)) {
+        for (const auto& operand :
+             CompileArguments(arguments, context == ContextType::select ? ContextType::select : ContextType::map)) {
             constant &= operand.IsConstant();
             parts.push_back(operand.exp);
         }
@@ -390,7 +391,9 @@ void VQLExpressionCompiler::VisitCase(VQLCaseExpression& expression) {
     }
     const usrtype* wide = TypeOfDataType(expression.GetDataType(), {});
     const usrtype* type = same || !wide ? common : wide;
-    Compiled result{MakeRef<CaseExp>(anonymous, std::move(parts)), Describe(type->properties(), constant)};
+    RefCntPtr<Exp> lookup = constant ? nullptr : MakeCaseLookup(parts);
+    Compiled result{lookup ? std::move(lookup) : MakeRef<CaseExp>(anonymous, std::move(parts)),
+                    Describe(type->properties(), constant)};
     Push(expression, constant ? Fold(std::move(result)) : std::move(result));
 }
 

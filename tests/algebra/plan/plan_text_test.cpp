@@ -42,10 +42,19 @@ TEST(PlanText, ReadsExpressionsAsItWritesThem) {
         {ContextType::map, L"(or_ [t] (and_ [t] (eq [a] 1)))"},
         {ContextType::select, L"(and_ (lt [a] 2) (map (eq [s] \"x\")) [t])"},
         {ContextType::select, L"(or_ (lt [a] 2) (isnull [b]))"},
+        {ContextType::select, L"(or_ (and_ (lt [a] 2) [t]) (map (eq [s] \"x\")))"},
+        {ContextType::map, L"(expand (compress [b]))"},
+        {ContextType::map, L"(partition [a] [s])"},
+        {ContextType::map, L"(hashes (hash values [a]) (rehash tokens [s]))"},
+        {ContextType::map,
+         L"(lookup ([a] [s]) ((null ((\"type\" \"long\"))) (null ((\"type\" \"varchar\")))) "
+         L"\"none\" (1 \"x\" \"one\") ((null ((\"type\" \"long\"))) "
+         L"\"y\" \"two\"))"},
         {ContextType::aggregate, L"(countstar)"},
         {ContextType::aggregate, L"(anyif [a] [t])"},
         {ContextType::aggregate, L"(quantile [b] 0.5)"},
         {ContextType::aggregate, L"(countd [s])"},
+        {ContextType::aggregate, L"(collect [s])"},
         {ContextType::aggregate, L"(corr [b] [b])"},
     };
     const auto input = Sample();
@@ -107,6 +116,12 @@ TEST(PlanText, RefusesWhatIsNoExpression) {
         {ContextType::aggregate, L"(covar [b])", "missing argument"},
         {ContextType::map, L"(values [a])", "expected literal"},
         {ContextType::map, L"(7 8 9)", "unsupported literal type"},
+        {ContextType::map, L"(compress [a] [b])", "missing argument"},
+        {ContextType::map, L"(hashes (rehash values [a]))", "unknown function (rehash)"},
+        {ContextType::map, L"(lookup ([a]) (0) 0)", "lookup takes at least 4 arguments"},
+        {ContextType::map, L"(lookup () () 0 (0))", "VisitLookup: missing input"},
+        {ContextType::map, L"(lookup ([a]) (0) 0 (1 2) (1))", "VisitLookup: table not rectangular"},
+        {ContextType::map, L"(lookup ([a]) (0) 0 (1 [b]))", "expected literal"},
     };
     const auto input = Sample();
     for (const auto& test : cases) {

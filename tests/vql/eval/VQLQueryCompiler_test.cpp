@@ -105,5 +105,24 @@ TEST_F(VQLQueryCompilerTest, ChoosesTheOperatorsOfAPlan) {
     }
 }
 
+TEST_F(VQLQueryCompilerTest, RecodesManyValuesByALookup) {
+    const auto recode = [](const std::string& column, const std::string& equals, const std::string& quote) {
+        std::string text = "(project T (([x] (case";
+        for (unsigned i = 0; i < 9; ++i) {
+            text += " (" + equals + " " + column + " " + quote + std::to_string(i) + quote + ") " + std::to_string(i);
+        }
+        return text + " 9))))";
+    };
+    const auto isLookup = [this](const std::string& query) {
+        const std::string text = narrow(FormatNamespace::Lines(*Compile(query)).front().text);
+        return text.find("(lookup") != std::string::npos;
+    };
+    EXPECT_TRUE(isLookup(recode("[a]", "=", "")));
+    EXPECT_TRUE(isLookup(recode("[s]", "=", "\"")));
+    EXPECT_FALSE(isLookup(recode("[d]", "=", "")));  // two zeros are equal, and are two keys
+    EXPECT_FALSE(isLookup(recode("[a]", "<", "")));
+    EXPECT_FALSE(isLookup("(project T (([x] (case (= [a] 1) 1 (= [a] 2) 2 3))))"));
+}
+
 }  // namespace
 }  // namespace qve
