@@ -29,8 +29,10 @@ Context Context::Attach(std::string_view name) const {
 }
 
 void Context::Close() const {
-    if (IsEnabled(Bits::Threads))
-        MetricsManager::GetInstance().Emit({.kind = EventKind::CloseContext, .bits = Bits::Threads, .context = m_id});
+    // Also for those who follow sessions: what they know of the context ends here.
+    constexpr uint64_t bits = Bits::Threads | Bits::Session;
+    if (IsEnabled(bits))
+        MetricsManager::GetInstance().Emit({.kind = EventKind::CloseContext, .bits = bits, .context = m_id});
 }
 
 void Context::Restore() const {

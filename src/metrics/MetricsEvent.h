@@ -41,8 +41,8 @@ struct MetricsEvent {
 };
 
 /// Receives events. Called on the emitting thread, from many threads at once: it must lock for itself, and must not
-/// throw, emit or call the manager, but for control events, which come without any lock held. It may see scopes of
-/// contexts whose creation it missed, as it may have been added later, and closes of scopes whose opening it missed.
+/// throw, nor emit events of its own while it handles one. It may see scopes of contexts whose creation it missed, as
+/// it may have been added later, and closes of scopes whose opening it missed.
 class MetricsConsumer : public RefCntObject {
 public:
     virtual void OnMetricsEvent(const MetricsEvent& event) noexcept = 0;

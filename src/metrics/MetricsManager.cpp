@@ -2,20 +2,27 @@
 
 #include <memory>
 #include <mutex>
-#include <shared_mutex>
+#include <utility>
 #include <vector>
-
-#include "system/TReadWriteLock.h"
 
 namespace qve::Metrics {
 
 std::atomic<uint64_t> MetricsManager::s_effectiveBits{0};
 
 struct MetricsManager::State {
-    TReadWriteLock lock;
+    using Consumers = std::vector<RefCntPtr<MetricsConsumer>>;
+
+    // Held for a few instructions only, never while a consumer runs: those who emit all the time must not keep one who
+    // reconfigures waiting, as a lock that prefers readers would.
+    std::mutex mutex;
     bool enabled = false;
     uint64_t bits = 0;
-    std::vector<RefCntPtr<MetricsConsumer>> consumers;
+    std::shared_ptr<const Consumers> consumers = std::make_shared<Consumers>();  // replaced, never changed
+
+    std::shared_ptr<const Consumers> GetConsumers() {
+        const std::lock_guard lock(mutex);
+        return consumers;
+    }
 };
 
 MetricsManager::MetricsManager() : m_state(std::make_unique<State>()) {}
@@ -29,53 +36,56 @@ MetricsManager& MetricsManager::GetInstance() {
 
 void MetricsManager::Enable() {
     MetricsManager& manager = GetInstance();
-    std::unique_lock lock(manager.m_state->lock);
+    const std::lock_guard lock(manager.m_state->mutex);
     manager.m_state->enabled = true;
     manager.UpdateEffectiveBits();
 }
 
 void MetricsManager::ShutdownAndFreeInstance() {
-    MetricsManager& manager = GetInstance();
-    std::vector<RefCntPtr<MetricsConsumer>> released;  // their destructors run without the lock
-    std::unique_lock lock(manager.m_state->lock);
-    manager.m_state->enabled = false;
-    manager.m_state->bits = 0;
-    manager.m_state->consumers.swap(released);
-    manager.UpdateEffectiveBits();
-    lock.unlock();
+    State& state = *GetInstance().m_state;
+    auto released = std::make_shared<const State::Consumers>();  // their destructors run without the lock
+    const std::lock_guard lock(state.mutex);
+    state.enabled = false;
+    state.bits = 0;
+    state.consumers.swap(released);
+    GetInstance().UpdateEffectiveBits();
 }
 
 void MetricsManager::SetBits(uint64_t bits) {
-    std::unique_lock lock(m_state->lock);
+    const std::lock_guard lock(m_state->mutex);
     m_state->bits |= bits;
     UpdateEffectiveBits();
 }
 
 void MetricsManager::ClearBits(uint64_t bits) {
-    std::unique_lock lock(m_state->lock);
+    const std::lock_guard lock(m_state->mutex);
     m_state->bits &= ~bits;
     UpdateEffectiveBits();
 }
 
 uint64_t MetricsManager::GetBits() const {
-    std::shared_lock lock(m_state->lock);
+    const std::lock_guard lock(m_state->mutex);
     return m_state->bits;
 }
 
 void MetricsManager::AddConsumer(RefCntPtr<MetricsConsumer> consumer) {
-    std::unique_lock lock(m_state->lock);
-    m_state->consumers.push_back(std::move(consumer));
+    const std::lock_guard lock(m_state->mutex);
+    auto consumers = std::make_shared<State::Consumers>(*m_state->consumers);
+    consumers->push_back(std::move(consumer));
+    m_state->consumers = std::move(consumers);
     UpdateEffectiveBits();
 }
 
 void MetricsManager::RemoveConsumer(const RefCntPtr<MetricsConsumer>& consumer) {
-    std::unique_lock lock(m_state->lock);
-    std::erase(m_state->consumers, consumer);
+    const std::lock_guard lock(m_state->mutex);
+    auto consumers = std::make_shared<State::Consumers>(*m_state->consumers);
+    std::erase(*consumers, consumer);
+    m_state->consumers = std::move(consumers);
     UpdateEffectiveBits();
 }
 
 void MetricsManager::UpdateEffectiveBits() {
-    const bool flowing = m_state->enabled && !m_state->consumers.empty();
+    const bool flowing = m_state->enabled && !m_state->consumers->empty();
     s_effectiveBits.store(flowing ? m_state->bits : 0, std::memory_order_relaxed);
 }
 
@@ -85,17 +95,14 @@ void MetricsManager::Control(ControlCode code, std::string_view name, const Metr
                              .time = std::chrono::steady_clock::now(),
                              .name = name,
                              .value = value};
-    // Without the lock: a consumer may answer it by setting bits.
-    std::shared_lock lock(m_state->lock);
-    const auto consumers = m_state->consumers;
-    lock.unlock();
-    for (const auto& consumer : consumers) consumer->OnMetricsEvent(event);
+    const auto consumers = m_state->GetConsumers();
+    for (const auto& consumer : *consumers) consumer->OnMetricsEvent(event);
 }
 
 void MetricsManager::Emit(MetricsEvent event) noexcept {
     event.time = std::chrono::steady_clock::now();
-    std::shared_lock lock(m_state->lock);
-    for (const auto& consumer : m_state->consumers) consumer->OnMetricsEvent(event);
+    const auto consumers = m_state->GetConsumers();
+    for (const auto& consumer : *consumers) consumer->OnMetricsEvent(event);
 }
 
 }  // namespace qve::Metrics

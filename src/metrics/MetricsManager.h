@@ -23,7 +23,7 @@ public:
     static MetricsManager& GetInstance();
     /// Allows events at all. Off until then.
     static void Enable();
-    /// Forbids events and releases all consumers. Threads that emit at this moment finish first.
+    /// Forbids events and releases all consumers. A thread that emits at this moment may still deliver its event.
     static void ShutdownAndFreeInstance();
 
     void SetBits(uint64_t bits);
@@ -32,6 +32,7 @@ public:
     uint64_t GetBits() const;
 
     void AddConsumer(RefCntPtr<MetricsConsumer> consumer);
+    /// A thread that emits at this moment may still deliver an event to it.
     void RemoveConsumer(const RefCntPtr<MetricsConsumer>& consumer);
 
     /// Sends a control event to all consumers, whatever the bits.

@@ -35,6 +35,7 @@ void Session::Dispatch(const QVE_Message& request, QVE_Message& reply) {
     QVE_InputIterator in(request);
     const QVE_Command command = in.ReadCommand();
     ReportCommand(command);
+    Metrics::Attribute("session", m_guid, Metrics::Bits::Session);
     try {
         Call(command, in, reply);
     } catch (...) {

@@ -55,7 +55,6 @@ private:
 
 void Session::QueryExecute(QVE_InputIterator& in, QVE_Message& reply) {
     const Metrics::Scope scope("Server::Session::QueryExecute");
-    scope.NameValue("session", m_guid);
     const RefCntPtr<Statement> statement = MakeStatement();
     Answer(
         reply,
@@ -84,7 +83,6 @@ void Session::QueryExecute(QVE_InputIterator& in, QVE_Message& reply) {
 
 void Session::StatementOpen(QVE_InputIterator&, QVE_Message& reply) {
     const Metrics::Scope scope("Server::Session::StatementOpen");
-    scope.NameValue("session", m_guid);
     Answer(reply, [&](QVE_OutputIterator& out) {
         const std::uint64_t guid = AllocateGuid();
         LogEntry() << "Session" << m_guid << ": StatementOpen: stmt_guid=" << guid;
@@ -110,7 +108,6 @@ void Session::StatementPlan(QVE_InputIterator& in, QVE_Message& reply) {
 
 void Session::CompileStatement(QVE_InputIterator& in, QVE_Message& reply, const Metrics::Scope& scope,
                                const char* handler, int badSession, void (Statement::*compile)(const std::wstring&)) {
-    scope.NameValue("session", m_guid);
     Answer(
         reply,
         [&](QVE_OutputIterator&) {
@@ -130,7 +127,6 @@ void Session::CompileStatement(QVE_InputIterator& in, QVE_Message& reply, const 
 
 void Session::StatementExecute(QVE_InputIterator& in, QVE_Message& reply) {
     const Metrics::Scope scope("Server::Session::StatementExecute");
-    scope.NameValue("session", m_guid);
     RefCntPtr<Statement> statement;
     const auto timers = [&] { return statement ? statement->GetTimers() : Statement::Timers(); };
     Answer(

@@ -18,6 +18,7 @@
 #include "server/QVE_Server.h"
 #include "server/ServerOptions.h"
 #include "server/StopSignals.h"
+#include "server/TerminateHandling.h"
 #include "server/apply_settings.h"
 #include "server/configuration.h"
 #include "server/debugger.h"
@@ -26,6 +27,7 @@
 #include "server/ipc/IPC_Whitelist.h"
 #include "server/pid_temp_directory.h"
 #include "server/qve_initialization.h"
+#include "server/start_telemetry.h"
 #include "server/startup_log.h"
 #include "system/unicode.h"
 #include "telemetry/LogEntry.h"
@@ -124,11 +126,10 @@ public:
     }
 
     void Serve(const std::vector<std::wstring>& arguments) {
-        if (m_options.metricsEnable || m_configuration.is_true(usrpropkey::metrics_enable)) {
-            LogEntry() << "Failed to enable metrics";
-        }
+        m_telemetry = StartTelemetry(m_options, m_configuration);
         if (const std::wstring* directory = m_configuration.get(usrpropkey::temp_dir)) OS::tempdir(*directory);
         if (m_configuration.is_true(usrpropkey::pid_temp_dir)) UsePidTempDirectory();
+        SetupFaultReporting();
         std::shared_ptr<const IPC_Whitelist> whitelist;
         if (const std::wstring* text = m_configuration.get(usrpropkey::whitelist)) {
             whitelist = std::make_shared<IPC_Whitelist>(narrow(*text));
@@ -150,7 +151,16 @@ public:
         }
     }
 
+    /// Telemetry outlives the run: it ends when the exit is logged.
+    std::unique_ptr<QVETelemetry> TakeTelemetry() { return std::move(m_telemetry); }
+
 private:
+    void SetupFaultReporting() const {
+        TerminateHandling::Options options = TerminateHandling::BesideLog(Logger::Get()->GetBaseFilePath());
+        options.noDumpFile = m_configuration.is_true(usrpropkey::no_dump_file);
+        options.suspendOnCrash = m_configuration.is_true(usrpropkey::suspend_on_crash);
+        TerminateHandling::SetupFaultReporting(options);
+    }
     void ApplyBlockLength() const {
         constexpr unsigned least = 1024;
         const std::uint64_t length = ReadUnsigned(m_configuration.text(usrpropkey::block_length));
@@ -169,6 +179,7 @@ private:
     usrprops m_configuration;
     Endpoint m_listen;
     Endpoint m_callback;
+    std::unique_ptr<QVETelemetry> m_telemetry;
 };
 
 int LogFailure(const std::exception& exception) {
@@ -199,8 +210,10 @@ int qvemain(const std::vector<std::wstring>& arguments) {
     } catch (const std::exception& exception) {
         exitCode = LogFailure(exception);
     }
+    std::unique_ptr<QVETelemetry> telemetry = run->TakeTelemetry();
     run.reset();
     LogEntry() << "qveserver: exit (" << exitCode << ")";
+    telemetry.reset();
     Metrics::MetricsManager::ShutdownAndFreeInstance();
     return exitCode;
 }

@@ -5,21 +5,16 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "client/FormatFilename.h"
-#include "client/ParseCommandline.h"
 #include "client/QVE_ServerProcess2.h"
 #include "client/status.h"
 #include "system/QuillonException.h"
 
 namespace qve {
 namespace {
-
-using testing::ElementsAre;
 
 int StatusOfStart(QVE_ServerProcess2& process, const std::string& path) {
     QVE_ServerOptions options;
@@ -81,29 +76,6 @@ TEST(ServerProcess, KillsAServerThatHangs) {
     const int id = process.GetProcessId();
     process.Stop();
     EXPECT_NE(kill(id, 0), 0);
-}
-
-TEST(ParseCommandline, SplitsAtBlanksOutsideQuotes) {
-    EXPECT_THAT(ParseCommandline::Parse(std::string_view("a  \"b c\" d\"e f\"g ")), ElementsAre("a", "b c", "de fg"));
-    EXPECT_THAT(ParseCommandline::Parse(std::string_view(R"("say ""hi""" "" x)")), ElementsAre("say \"hi\"", "", "x"));
-    EXPECT_THAT(ParseCommandline::Parse(std::wstring_view(L"a \"b")), ElementsAre(L"a", L"b"));
-    EXPECT_THAT(ParseCommandline::Parse(std::string_view(" ")), ElementsAre());
-}
-
-TEST(FormatFilename, FillsTokens) {
-    const std::time_t before = std::time(nullptr);
-    const FormatFilename format(true);
-    const std::time_t after = std::time(nullptr);
-    const std::string stamp = format.format("%Y%m%d%H%M%S");
-    bool matches = false;
-    for (std::time_t t = before; t <= after; ++t) {
-        char text[32];
-        std::strftime(text, sizeof(text), "%Y%m%d%H%M%S", std::gmtime(&t));
-        matches = matches || stamp == text;
-    }
-    EXPECT_TRUE(matches) << stamp;
-    EXPECT_EQ(format.format("log_%P.txt"), "log_" + std::to_string(getpid()) + ".txt");
-    EXPECT_EQ(format.format("100%% %x %"), "100% %x %");
 }
 
 }  // namespace

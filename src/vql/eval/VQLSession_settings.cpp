@@ -2,6 +2,7 @@
 
 #include "commands/QuerybandCommand.h"
 #include "commands/SettingsCommand.h"
+#include "metrics/Context.h"
 #include "storage/DatabaseFamily.h"
 #include "system/VQLException.h"
 #include "vql/eval/VQLCommandArguments.h"
@@ -38,10 +39,12 @@ RefCntPtr<Namespace> VQLSession::ExecQuerybandCommand(const VQLCommandArguments&
     const std::wstring* action = args.Symbol(1);
     if (!action) args.Raise(1, L"Missing symbol queryband");
     if (*action != L"set") args.Raise(1, L"Wrong symbol, expected queryband");
-    if (!args.String(2)) args.Raise(2, L"Missing string with the queryband values");
+    const std::wstring* values = args.String(2);
+    if (!values) args.Raise(2, L"Missing string with the queryband values");
     if (!m_databases.GetDefaultDatabase()) {
         throw VQLException(status::VQLSession_NeedsDatabase, L"must select a database");
     }
+    Metrics::Attribute("queryband", *values, Metrics::Bits::Session);
     return MakeRef<QuerybandCommand>();
 }
 

@@ -1,4 +1,4 @@
-#include "client/ParseCommandline.h"
+#include "os/ParseCommandline.h"
 
 namespace qve {
 namespace {

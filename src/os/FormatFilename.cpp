@@ -1,4 +1,4 @@
-#include "client/FormatFilename.h"
+#include "os/FormatFilename.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
