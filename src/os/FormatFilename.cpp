@@ -1,6 +1,6 @@
 #include "os/FormatFilename.h"
 
-#include <fmt/format.h>
+#include <fmt/chrono.h>
 #include <unistd.h>
 
 #include <ctime>
@@ -9,12 +9,7 @@ namespace qve {
 
 FormatFilename::FormatFilename(bool utc) {
     const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    if (utc) {
-        gmtime_r(&now, &parts);
-    } else {
-        localtime_r(&now, &parts);
-    }
+    const std::tm parts = utc ? fmt::gmtime(now) : fmt::localtime(now);
     const auto two = [](int number) { return fmt::format("{:02}", number); };
     m_tokens = {{'P', std::to_string(getpid())}, {'Y', std::to_string(parts.tm_year + 1900)},
                 {'m', two(parts.tm_mon + 1)},    {'d', two(parts.tm_mday)},

@@ -1,6 +1,6 @@
 #include "telemetry/QVETelemetry_Listener.h"
 
-#include <fmt/format.h>
+#include <fmt/chrono.h>
 #include <unistd.h>
 
 #include <ctime>
@@ -48,14 +48,7 @@ void BuildAttributeString(std::string& info, std::string_view name, const Metric
 
 std::string FormatDateTime(bool utc) {
     const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    if (utc) {
-        gmtime_r(&now, &parts);
-    } else {
-        localtime_r(&now, &parts);
-    }
-    return fmt::format("{:04}{:02}{:02} {:02}{:02}{:02}", parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
-                       parts.tm_hour, parts.tm_min, parts.tm_sec);
+    return fmt::format("{:%Y%m%d %H%M%S}", utc ? fmt::gmtime(now) : fmt::localtime(now));
 }
 
 std::uint64_t SessionOf(const Metrics::MetricsValue& value) {
