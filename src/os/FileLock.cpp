@@ -1,6 +1,7 @@
 #include "os/FileLock.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -69,15 +70,46 @@ void FileLock::Unlock(unsigned slot) noexcept {
     ::fcntl(m_descriptor, F_OFD_SETLK, &range);
 }
 
-uint64_t FileLock::ReadCounter() const {
+FileLock::Identity FileLock::GetIdentity() const {
+    struct stat file = {};
+    if (!IsOpen() || ::fstat(m_descriptor, &file) != 0) return {};
+    return {file.st_dev, file.st_ino};
+}
+
+bool FileLock::IsCurrent() const {
+    struct stat file = {};
+    if (!IsOpen() || ::stat(Path::nativepath(m_path).c_str(), &file) != 0) return false;
+    return GetIdentity() == Identity(file.st_dev, file.st_ino);
+}
+
+// The numbers lie behind the slots.
+uint64_t FileLock::ReadNumber(unsigned place) const {
     uint64_t value = 0;
-    return ::pread(m_descriptor, &value, sizeof value, slots) == sizeof value ? value : 0;
+    const auto offset = static_cast<off_t>(slots + place * sizeof value);
+    return ::pread(m_descriptor, &value, sizeof value, offset) == sizeof value ? value : 0;
+}
+
+void FileLock::WriteNumber(unsigned place, uint64_t value) {
+    const auto offset = static_cast<off_t>(slots + place * sizeof value);
+    if (::pwrite(m_descriptor, &value, sizeof value, offset) != sizeof value) {
+        PosixApi::Throw(errno, status::FileLock_Lock, " - FileLock::WriteNumber(path=\"" + narrow(m_path) + "\")");
+    }
+}
+
+uint64_t FileLock::ReadCounter() const {
+    return ReadNumber(0);
 }
 
 void FileLock::WriteCounter(uint64_t value) {
-    if (::pwrite(m_descriptor, &value, sizeof value, slots) != sizeof value) {
-        PosixApi::Throw(errno, status::FileLock_Lock, " - FileLock::WriteCounter(path=\"" + narrow(m_path) + "\")");
-    }
+    WriteNumber(0, value);
+}
+
+uint64_t FileLock::ReadOwner() const {
+    return ReadNumber(1);
+}
+
+void FileLock::WriteOwner(uint64_t process) {
+    WriteNumber(1, process);
 }
 
 }  // namespace qve

@@ -11,6 +11,7 @@
 #include "os/FileLock.h"
 #include "storage/Catalog.h"
 #include "storage/CatalogJournal.h"
+#include "storage/DatabaseOwner.h"
 #include "storage/SimpleDatabase.h"
 
 namespace qve {
@@ -22,7 +23,7 @@ namespace qve {
 /// committed one's place at its end. Between processes and between SimpleDatabase objects two locks on a file in the
 /// root do the same: one slot is held by the writer for the whole transaction, the other exclusively while a commit
 /// moves files and shared while the catalog is read. The counter of that file changes with every commit, so that the
-/// others notice.
+/// others notice. Only one process writes: see DatabaseOwner.
 class SimpleDatabase::Impl {
 public:
     static constexpr unsigned writerSlot = 0;
@@ -106,6 +107,7 @@ public:
     std::shared_ptr<const Catalog> committed;
     uint64_t generation = 0;
     FileLock lock;
+    std::shared_ptr<const DatabaseOwner> owner;  // from the first transaction on
     std::optional<OpenTransaction> transaction;
 
     void OpenLock(bool create);

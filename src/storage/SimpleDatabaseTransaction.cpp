@@ -64,7 +64,10 @@ void SimpleDatabase::Impl::Load() {
     committed.reset();
     RequireDatabase();
     // The file may be another one by now: the database was dropped and made anew.
-    if (!transaction) lock = FileLock();
+    if (!transaction && !lock.IsCurrent()) {
+        lock = FileLock();
+        owner.reset();
+    }
     OpenLock(true);
     for (;;) {
         if (lock.IsOpen()) lock.Lock(catalogSlot, false);
@@ -115,12 +118,19 @@ void SimpleDatabase::Impl::Begin() {
         return;
     }
     transactionEnded.wait(guard, [this] { return !transaction; });
+    if (lock.IsOpen() && !lock.IsCurrent()) {
+        // The database was dropped, and perhaps made anew.
+        lock = FileLock();
+        owner.reset();
+        committed.reset();
+    }
     OpenLock(root.space->isfile(databaseTypeFile));
     if (durable && lock.IsOpen() && !lock.IsWritable()) {
         throw QVE_RuntimeError(
             status::SimpleDatabase_Transaction,
             "SimpleDatabase::BeginTransaction: \"" + narrow(root.space->root()) + "\" can only be read");
     }
+    if (lock.IsOpen() && !owner) owner = DatabaseOwner::Take(lock, root.space->root());
     transaction.emplace(std::this_thread::get_id());
     try {
         if (lock.IsOpen()) {

@@ -66,6 +66,7 @@ inline constexpr int SimpleDatabase_system = 40471;
 inline constexpr int SimpleDatabase_CreateTable_name = 40472;
 inline constexpr int ReadPropertyFile = 40473;
 inline constexpr int CatalogJournal_path = 40475;
+inline constexpr int DatabaseOwner_taken = 40474;
 inline constexpr int DatabaseSchema_GetTable = 40444;
 
 // The database family.
