@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "algebra/Append.h"
 #include "commands/status.h"
 #include "metrics/MetricsManager.h"
 #include "os/MappedFile.h"
@@ -97,8 +98,7 @@ std::vector<Setting> MakeRegistry() {
         Flag(L"UseMergeGrouping", Evaluator::SetUseMergeGrouping, Evaluator::GetUseMergeGrouping),
         Flag(L"UseParallelHashing", Evaluator::SetUseParallelHashing, Evaluator::GetUseParallelHashing),
         Flag(L"UseSharedHashing", Evaluator::SetUseSharedHashing, Evaluator::GetUseSharedHashing),
-        // Shown, but without access as long as nothing merges heaps.
-        {.name = L"UseHeapMerger"},
+        Flag(L"UseHeapMerger", Append::SetUseHeapMerger, Append::GetUseHeapMerger),
         Number(
             L"WorkBufferSize", [](unsigned mebibytes) { DataStream::SetWorkBufferSize(std::max(1U, mebibytes)); },
             [] { return static_cast<unsigned>(DataStream::GetWorkBufferSize()); }),

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "algebra/Append.h"
 #include "algebra/TableSorter.h"
 #include "ingest/TextScan.h"
 #include "ingest/TranscodingDataStream.h"
@@ -90,6 +91,7 @@ void ApplySettings(const usrprops& configuration) {
                     [](std::uint64_t kilobytes) { TextScan::SetRecordSeparatorScanLimitK(Clamp(kilobytes)); });
     settings.Flag(usrpropkey::use_memory_tablespace,
                   [](bool on) { MemoryDirectoryTableSpace::s_useMemoryDirectoryTableSpace = on; });
+    settings.Flag(usrpropkey::use_heap_merger, Append::SetUseHeapMerger);
     settings.Flag(usrpropkey::optimize_icu, [](bool on) { ICUCollation::s_OptimizeICU = on; });
     settings.Number(usrpropkey::seed, seed_random_numbers);
     settings.Number(usrpropkey::acceleration, [](std::uint64_t entries) { Column::setAcceleratorThreshold(entries); });

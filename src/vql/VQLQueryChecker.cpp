@@ -307,6 +307,21 @@ void VQLQueryChecker::VisitIndexJoin(VQLIndexJoinQuery& query) {
     Store(query, columns, {});
 }
 
+namespace {
+
+/// The type to which the values of two inputs of an append widen; unknown when there is none.
+VQLDataType AppendedType(VQLDataType a, VQLDataType b) {
+    const auto are = [&](VQLDataType x, VQLDataType y) { return (a == x && b == y) || (a == y && b == x); };
+    if (a == b || b == VQLDataType::unknown) return a;
+    if (a == VQLDataType::unknown) return b;
+    if (are(VQLDataType::integer, VQLDataType::double_)) return VQLDataType::double_;
+    if (are(VQLDataType::date, VQLDataType::datetime)) return VQLDataType::datetime;
+    if (a == VQLDataType::spatial || b == VQLDataType::spatial) return VQLDataType::unknown;
+    return VQLDataType::string;
+}
+
+}  // namespace
+
 void VQLQueryChecker::VisitAppend(VQLAppendQuery& query) {
     Visit(query.GetLeft());
     VQLColumnSpace::Columns supplied = query.GetLeft()->GetColumnSpace()->GetColumns();
@@ -330,11 +345,15 @@ void VQLQueryChecker::VisitAppend(VQLAppendQuery& query) {
             const VQLIdentifier& source = sources.PartialMap(column->GetName());
             // A column that goes by another name in the output is not there under its own.
             const bool hidden = !sources.HasMapping(column->GetName()) && renamed.count(source);
-            const VQLColumn* found = hidden ? nullptr : right.FindColumn(source);
-            if (found && found->GetDataType() != column->GetDataType())
-                RaiseName(L"append columns must have same data type: " + column->GetName().AsString(), query);
-            return !found;
+            return hidden || !right.FindColumn(source);
         });
+        for (RefCntPtr<VQLColumn>& column : supplied) {
+            const VQLDataType other = right.FindColumn(sources.PartialMap(column->GetName()))->GetDataType();
+            const VQLDataType common = AppendedType(column->GetDataType(), other);
+            if (common == VQLDataType::unknown && column->GetDataType() != other)
+                RaiseName(L"append columns must have same data type: " + column->GetName().AsString(), query);
+            if (common != column->GetDataType()) column = MakeRef<VQLColumn>(column->GetName(), common);
+        }
     }
     Store(query, MakeRef<VQLColumnSpace>(std::move(supplied)), {});
 }

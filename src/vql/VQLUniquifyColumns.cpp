@@ -127,13 +127,22 @@ public:
         for (size_t i = 0; i < query.GetRightList().size(); ++i) {
             rights.push_back(Clone(query.GetRightList()[i]));
             VQLColumnMap sources;  // from a left column to the right one that continues it
-            for (const auto& [from, to] : query.GetRenamesList()[i]) sources.Insert(to, from);
+            VQLIdentifierSet renamed;
+            for (const auto& [from, to] : query.GetRenamesList()[i]) {
+                sources.Insert(to, from);
+                renamed.insert(from);
+            }
             VQLAppendQuery::Renames renames;
+            VQLColumnMap supplied;
             for (const auto& [name, unique] : leftMap) {
                 const VQLIdentifier& source = sources.PartialMap(name);
-                if (m_map.HasMapping(source)) renames.emplace_back(m_map.Map(source), unique);
+                // A column that goes by another name is not there under its own.
+                if (!m_map.HasMapping(source) || (!sources.HasMapping(name) && renamed.count(source))) continue;
+                renames.emplace_back(m_map.Map(source), unique);
+                supplied.Insert(name, unique);
             }
             renamesList.push_back(std::move(renames));
+            leftMap.swap(supplied);
         }
         m_map.swap(leftMap);
         return MakeRef<VQLAppendQuery>(query.GetPosition(), std::move(left), std::move(rights), std::move(renamesList));

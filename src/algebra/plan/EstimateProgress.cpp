@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "algebra/Aggr.h"
+#include "algebra/Append.h"
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
@@ -110,6 +111,19 @@ void EstimateProgress::VisitTopN(TopN& table) {
     Estimate rows = Pop();
     rows.first = std::min(rows.first, table.GetLimit());
     rows.last = std::min(rows.last, table.GetLimit());
+    Push(rows);
+}
+
+void EstimateProgress::VisitAppend(Append& flow) {
+    OperatorVisitorImpl::VisitAppend(flow);
+    Estimate rows = Pop();
+    for (size_t i = 0; i < flow.GetInners().size(); ++i) {
+        const Estimate other = Pop();
+        rows.first = Sum(rows.first, other.first);
+        rows.last = Sum(rows.last, other.last);
+        rows.done = Sum(rows.done, other.done);
+        rows.total = Sum(rows.total, other.total);
+    }
     Push(rows);
 }
 

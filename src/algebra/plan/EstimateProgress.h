@@ -26,6 +26,7 @@ public:
     static Estimate Do(Operator& root);
 
     void VisitAggr(Aggr& table) override;
+    void VisitAppend(Append& flow) override;
     void VisitFlowTable(FlowTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;

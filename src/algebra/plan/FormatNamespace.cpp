@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "algebra/Aggr.h"
+#include "algebra/Append.h"
 #include "algebra/FlowTable.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Lookup.h"
@@ -104,6 +105,13 @@ void FormatNamespace::VisitAggr(Aggr& table) {
     if (table.GetEstimate() > 0) text += L" " + std::to_wstring(table.GetEstimate());
     const Operator line(*this, table, std::move(text));
     OperatorVisitorImpl::VisitAggr(table);
+}
+
+void FormatNamespace::VisitAppend(Append& flow) {
+    const Operator line(*this, flow, L"append " + List(flow.GetRenames(), [](const Append::Renames& renames) {
+                                         return Pairs({renames.begin(), renames.end()});
+                                     }));
+    OperatorVisitorImpl::VisitAppend(flow);
 }
 
 void FormatNamespace::VisitOrdAggr(OrdAggr& flow) {

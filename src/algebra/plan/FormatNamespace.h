@@ -33,6 +33,7 @@ public:
     static std::wstring Indent(unsigned depth);
 
     void VisitAggr(Aggr& table) override;
+    void VisitAppend(Append& flow) override;
     void VisitFlowTable(FlowTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;

@@ -6,6 +6,7 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/AggrExp.h"
+#include "algebra/Append.h"
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
@@ -29,6 +30,7 @@ namespace qve {
 namespace {
 
 constexpr long long anyNumber = std::numeric_limits<long long>::max();
+constexpr size_t anyCount = std::numeric_limits<size_t>::max() - 1;
 
 const std::wstring* SymbolAt(const VQLNodeReader::Nodes& form, size_t place) {
     const auto* symbol = place < form.size() ? dynamic_cast<const VQLSymbolNode*>(form[place].get()) : nullptr;
@@ -50,19 +52,13 @@ std::wstring NamespaceBuilder::ResolveDataFile(const std::wstring& path) const {
 
 RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
     static const std::unordered_map<std::wstring, Builder> builders{
-        {L"aggregate", &NamespaceBuilder::BuildAggr},
-        {L"ordaggr", &NamespaceBuilder::BuildAggr},
-        {L"flowtable", &NamespaceBuilder::BuildFlowTable},
-        {L"join", &NamespaceBuilder::BuildJoin},
-        {L"lookup", &NamespaceBuilder::BuildJoin},
-        {L"order", &NamespaceBuilder::BuildOrder},
-        {L"project", &NamespaceBuilder::BuildProject},
-        {L"restrict", &NamespaceBuilder::BuildRestrict},
-        {L"scan", &NamespaceBuilder::BuildScan},
-        {L"select", &NamespaceBuilder::BuildSelect},
-        {L"table", &NamespaceBuilder::BuildTable},
-        {L"text", &NamespaceBuilder::BuildText},
-        {L"top", &NamespaceBuilder::BuildTopN},
+        {L"aggregate", &NamespaceBuilder::BuildAggr},    {L"ordaggr", &NamespaceBuilder::BuildAggr},
+        {L"append", &NamespaceBuilder::BuildAppend},     {L"flowtable", &NamespaceBuilder::BuildFlowTable},
+        {L"join", &NamespaceBuilder::BuildJoin},         {L"lookup", &NamespaceBuilder::BuildJoin},
+        {L"order", &NamespaceBuilder::BuildOrder},       {L"project", &NamespaceBuilder::BuildProject},
+        {L"restrict", &NamespaceBuilder::BuildRestrict}, {L"scan", &NamespaceBuilder::BuildScan},
+        {L"select", &NamespaceBuilder::BuildSelect},     {L"table", &NamespaceBuilder::BuildTable},
+        {L"text", &NamespaceBuilder::BuildText},         {L"top", &NamespaceBuilder::BuildTopN},
     };
     const Nodes& form = m_reader.List(node);
     if (form.empty()) m_reader.Raise(L"empty operator", node);
@@ -162,6 +158,21 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildAggr(const Nodes& form) {
     const long long groups = form.size() == 5 ? m_reader.Integer(form[3], 0, ~0u) : 0;
     return MakeRef<Aggr>(std::move(source), std::move(keys), std::move(aggregates), Aggr::noLimit,
                          static_cast<unsigned>(groups));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildAppend(const Nodes& form) {
+    Expect(form, 3, anyCount);
+    const Nodes& lists = m_reader.List(form[1], form.size() - 3, L"one list of renames for each flow but the first");
+    RefCntPtr<DataFlow> outer = BuildFlow(form[2]);
+    std::vector<RefCntPtr<DataFlow>> inners;
+    std::vector<Append::Renames> renames;
+    for (size_t i = 0; i < lists.size(); ++i) {
+        inners.push_back(BuildFlow(form[i + 3]));
+        const auto pairs = BuildRenames(lists[i], *inners.back());
+        for (const auto& pair : pairs) outer->DescribeColumn(pair.second);
+        renames.emplace_back(pairs.begin(), pairs.end());
+    }
+    return MakeRef<Append>(std::move(outer), std::move(inners), std::move(renames));
 }
 
 RefCntPtr<Namespace> NamespaceBuilder::BuildFlowTable(const Nodes& form) {

@@ -24,6 +24,7 @@ class Database;
 ///     (restrict COLUMNS FLOW)
 ///     (aggregate COLUMNS BINDINGS [groups] FLOW)  (ordaggr COLUMNS BINDINGS FLOW)
 ///     (order SORTS [limit] TABLE)                 (top SORTS count FLOW)
+///     (append (PAIRS ...) FLOW FLOW ...)          for each flow but the first: its column and the first one's
 ///     (join TYPE [isnotdistinct] PAIRS PAIRS FLOW TABLE)  keys as outer and inner column, imports as inner column and
 ///                                                 its name in the output; TYPE is inner, left, right or full
 ///
@@ -51,6 +52,7 @@ private:
 
     RefCntPtr<Namespace> Build(const RefCntPtr<VQLNode>& node);
     RefCntPtr<Namespace> BuildAggr(const Nodes& form);
+    RefCntPtr<Namespace> BuildAppend(const Nodes& form);
     RefCntPtr<Namespace> BuildFlowTable(const Nodes& form);
     RefCntPtr<Namespace> BuildJoin(const Nodes& form);
     RefCntPtr<Namespace> BuildOrder(const Nodes& form);

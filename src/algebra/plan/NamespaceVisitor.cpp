@@ -1,6 +1,7 @@
 #include "algebra/plan/NamespaceVisitor.h"
 
 #include "algebra/Aggr.h"
+#include "algebra/Append.h"
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
@@ -45,6 +46,10 @@ void NamespaceVisitor::VisitSources(Namespace& node) {
 
 void NamespaceVisitor::VisitAggr(Aggr& table) {
     VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitAppend(Append& flow) {
+    VisitNamespace(flow);
 }
 
 void NamespaceVisitor::VisitCreateDatabase(CreateDatabase& statement) {
@@ -159,10 +164,6 @@ void NamespaceVisitor::VisitTopN(TopN& flow) {
 
 void NamespaceVisitor::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void NamespaceVisitor::VisitAppend(Append&) {
-    throw_absent_operator("Append");
 }
 
 void NamespaceVisitor::VisitBinaryScan(BinaryScan&) {

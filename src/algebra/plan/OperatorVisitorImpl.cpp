@@ -1,6 +1,7 @@
 #include "algebra/plan/OperatorVisitorImpl.h"
 
 #include "algebra/Aggr.h"
+#include "algebra/Append.h"
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
@@ -19,6 +20,11 @@ namespace qve {
 
 void OperatorVisitorImpl::VisitAggr(Aggr& table) {
     table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitAppend(Append& flow) {
+    flow.GetSource()->Accept(m_below);
+    for (const RefCntPtr<DataFlow>& inner : flow.GetInners()) inner->Accept(m_below);
 }
 
 void OperatorVisitorImpl::VisitFlowTable(FlowTable& table) {
@@ -102,10 +108,6 @@ void OperatorVisitorImpl::VisitTextScan(TextScan&) {}
 
 void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void OperatorVisitorImpl::VisitAppend(Append&) {
-    throw_absent_operator("Append");
 }
 
 void OperatorVisitorImpl::VisitBinaryScan(BinaryScan&) {

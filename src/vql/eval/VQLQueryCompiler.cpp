@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "algebra/Aggr.h"
+#include "algebra/Append.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/FlowTable.h"
 #include "algebra/LeafTable.h"
@@ -227,6 +228,18 @@ void VQLQueryCompiler::VisitTop(VQLTopQuery& query) {
     Push(MakeRef<TopN>(std::move(input), GetSortSpecs(query.GetOrders()), count > 0 ? count : 0));
 }
 
+void VQLQueryCompiler::VisitAppend(VQLAppendQuery& query) {
+    RefCntPtr<DataFlow> outer = CompileFlow(query.GetLeft());
+    std::vector<RefCntPtr<DataFlow>> inners;
+    std::vector<Append::Renames> renames;
+    for (size_t i = 0; i < query.GetRightList().size(); ++i) {
+        inners.push_back(CompileFlow(query.GetRightList()[i]));
+        Append::Renames& names = renames.emplace_back();
+        for (const auto& [from, to] : query.GetRenamesList()[i]) names[GetIdentifier(from)] = GetIdentifier(to);
+    }
+    Push(MakeRef<Append>(std::move(outer), std::move(inners), std::move(renames)));
+}
+
 void VQLQueryCompiler::VisitDomain(VQLDomainQuery&) {
     RaiseNotSupported("domain");
 }
@@ -241,9 +254,6 @@ void VQLQueryCompiler::VisitIndexJoin(VQLIndexJoinQuery&) {
 }
 void VQLQueryCompiler::VisitExchange(VQLExchangeQuery&) {
     RaiseNotSupported("exchange");
-}
-void VQLQueryCompiler::VisitAppend(VQLAppendQuery&) {
-    RaiseNotSupported("append");
 }
 void VQLQueryCompiler::VisitRemoteQuery(VQLRemoteQuery&) {
     RaiseNotSupported("remotequery");
