@@ -15,6 +15,11 @@ void AggrExp::MakePrimitiveColumn() {
     }
 }
 
+void AggrExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {
+    EvaluateArguments(count, extent, sel, input);
+    FollowDictionary();
+}
+
 AggrUnaryExp::AggrUnaryExp(const std::wstring& name, const std::wstring& op) : AggrExp(name, op, {}, false) {}
 
 void AggrUnaryExp::Aggregate(unsigned count, input_column groups, const unsigned* sel) {

@@ -10,6 +10,9 @@ namespace qve {
 /// groups appends rows to it, whose default value is the start value of the aggregate: 0 for counts and totals, null
 /// for all others. It stands empty, on temporary streams, once the node is bound.
 class AggrExp : public PrimitiveExp {
+public:
+    void Evaluate(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) override;
+
 protected:
     AggrExp(const std::wstring& name, const std::wstring& op, Arguments arguments, bool tokens);
     void MakePrimitiveColumn() override;

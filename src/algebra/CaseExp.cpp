@@ -84,6 +84,7 @@ RefCntPtr<Column> CaseExp::FindSharedDictionary() const {
     for (const Branch& branch : m_branches) {
         if (!branch.value) continue;
         const RefCntPtr<Column>& column = branch.value->GetColumn();
+        if (!column->GetDict()) return nullptr;  // a table that is not built yet
         if (shared && (column->GetDict() != shared->GetDict() || column->GetTokenSize() != shared->GetTokenSize())) {
             return nullptr;
         }
@@ -184,7 +185,8 @@ bool CaseExp::EvaluatePage(unsigned count, unsigned extent, const unsigned* sel,
             rest += hit ^ 1;
         }
         if (hits == count) {
-            return CopyBranch(m_branches[i], out, count, extent, sel, input);
+            // Not `sel` itself: where that is the rest of the branch before, it has just been written to.
+            return CopyBranch(m_branches[i], out, count, extent, sel ? m_hits.data() : nullptr, input);
         }
         if (!CopyBranch(m_branches[i], out, hits, extent, m_hits.data(), input)) return false;
         if (hits > 0) sel = m_rest.data();

@@ -21,6 +21,7 @@
 #include "system/unicode.h"
 #include "telemetry/LogEntry.h"
 #include "types/usrtype.h"
+#include "types/varchar.h"
 #include "vql/syntax/VQLEvaluatorSettings.h"
 
 namespace qve {
@@ -31,13 +32,21 @@ bool IsWhole(const Column& column) {
     return column.GetDataType() == DataType::integer || column.GetDataType() == DataType::index;
 }
 
+// Texts that compare as they are, whatever length they may have.
+bool AreTextsAlike(const usrtype& outer, const usrtype& inner) {
+    return outer.GetDataType() == DataType::usr && inner.GetDataType() == DataType::usr &&
+           outer.collation() == inner.collation() && outer.scale() == inner.scale();
+}
+
 // The type in which the values of both columns can be told apart; null when there is none.
 const usrtype* CommonType(const Column& outer, const Column& inner) {
     if (outer.IsCompressed() || inner.IsCompressed()) {
         // A dictionary of plain values takes no others.
-        return outer.IsCompressed() && inner.IsCompressed() && outer.GetDataType() == inner.GetDataType()
-                   ? outer.GetType()
-                   : nullptr;
+        if (!outer.IsCompressed() || !inner.IsCompressed() || outer.GetDataType() != inner.GetDataType()) {
+            return nullptr;
+        }
+        const std::vector<const usrtype*> types = {outer.GetType(), inner.GetType()};
+        return outer.GetDataType() == DataType::usr ? varchar::maxtype(types.begin(), types.end()) : outer.GetType();
     }
     if (outer.GetType() == inner.GetType()) return outer.GetType();
     if (IsWhole(outer) && IsWhole(inner)) return usrtype::resolve(primitive::primitive_props(L"bigint"));
@@ -70,6 +79,11 @@ RefCntPtr<Column> CopyColumn(Column& column, uint64_t start, uint64_t count, con
 void Join::CastColumn(const std::wstring& outer, const std::wstring& inner, unsigned ordinal) {
     const RefCntPtr<Column> outerKey = m_source->GetColumn(outer);
     const RefCntPtr<Column> innerKey = m_inner->GetColumn(inner);
+    if (AreTextsAlike(*outerKey->GetType(), *innerKey->GetType())) {
+        m_outerKeys.push_back(outer);
+        m_innerKeys.push_back(inner);
+        return;
+    }
     const usrtype* type = CommonType(*outerKey, *innerKey);
     if (!type) {
         throw QVE_InvalidArgument(status::Join_CastColumn, "Join::CastColumn: Incompatible join types");

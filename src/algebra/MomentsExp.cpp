@@ -25,9 +25,10 @@ constexpr std::array<std::pair<std::wstring_view, Statistic>, 5> words{{{L"var",
                                                                         {L"covarp", Statistic::covarp},
                                                                         {L"corr", Statistic::corr}}};
 
+// Null where there are too few values: of none the divisor may be -1.
 double Quotient(double dividend, double divisor) {
     const double result = dividend / divisor;
-    return divisor == 0 || std::isnan(result) ? datatraits<double>::null : result;
+    return divisor <= 0 || std::isnan(result) ? datatraits<double>::null : result;
 }
 
 // The values of a page by row, or one value for all rows.

@@ -37,15 +37,14 @@ RefCntPtr<Column> PrimitiveExp::AllocateColumn(const Namespace* input) {
     return m_column;
 }
 
-// Tokens of different dictionaries do not compare.
+// Tokens of different dictionaries do not compare. What is still to be built has none yet that could be compared.
 bool PrimitiveExp::ShareOneDictionary() const {
-    const DataStream* shared = nullptr;
+    const Column* shared = nullptr;
     for (const RefCntPtr<Exp>& operand : m_operands) {
         const Column& column = *operand->GetColumn();
         if (!column.IsCompressed()) continue;
-        const DataStream* dictionary = column.GetDict().get();
-        if (shared && dictionary != shared) return false;
-        shared = dictionary;
+        if (shared && &column != shared && (!column.GetDict() || column.GetDict() != shared->GetDict())) return false;
+        shared = &column;
     }
     return true;
 }
@@ -160,10 +159,15 @@ void PrimitiveExp::EvaluateOperands(unsigned count, unsigned extent, const unsig
     if (m_tokenConstant) m_tokenConstant->Refresh();
 }
 
-output_column PrimitiveExp::ReserveOutput(unsigned extent) {
+// A table below, built since this node was bound, has its own dictionary.
+void PrimitiveExp::FollowDictionary() {
     if (m_sharedDictionary && m_column->GetDict() != m_sharedDictionary->GetColumn()->GetDict()) {
         m_column->SetDict(m_sharedDictionary->GetColumn()->GetDict());
     }
+}
+
+output_column PrimitiveExp::ReserveOutput(unsigned extent) {
+    FollowDictionary();
     const output_column out = ReserveBuffer(extent);
     *out.flags &= static_cast<unsigned char>(~column_flags::not_null);
     return out;

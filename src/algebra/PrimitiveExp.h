@@ -59,6 +59,8 @@ protected:
     void EvaluateOperands(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input);
     /// The page of the argument that the kernel takes at `index`.
     input_column GetInput(size_t index) const { return m_operands[index]->GetResult(); }
+    /// Makes the column of results refer to the dictionary of the argument whose values they are.
+    void FollowDictionary();
     /// The output of a map over `extent` rows, with the not-null flag cleared.
     output_column ReserveOutput(unsigned extent);
 
@@ -106,6 +108,7 @@ void PrimitiveExp::RunMap(unsigned count, unsigned extent, const unsigned* sel, 
     if (!missing.empty()) {
         call(static_cast<unsigned>(missing.size()), out, missing.data());
         m_memo->ReportNotNull(*out.flags & column_flags::not_null);
+        *out.flags &= static_cast<unsigned char>(~column_flags::not_null);  // that was said of these rows only
         m_memo->Remember(missing, tokens, out);
     }
     if (m_memo->IsNotNull()) *out.flags |= column_flags::not_null;

@@ -111,8 +111,8 @@ void define_primitive_results() {
     static const min_result min(L"min"), max(L"max");
     static const eq_result eq(L"eq"), ne(L"ne"), hash(L"hash"), rehash(L"rehash"), radixhash(L"radixhash"),
         radixgrp(L"radixgrp");
-    static const value_result cast_usr8(L"usr8", usrpropkey::empty, 0, true),
-        greatest(L"greatest", usrpropkey::empty, 0, false), least(L"least", usrpropkey::empty, 0, false);
+    static const value_result cast_usr8(L"usr8", usrpropkey::empty, 0, true);
+    static const winner_result greatest(L"greatest"), least(L"least");
     static const text_result collect(L"collect"), concat(L"concat"), dayname(L"dayname"), monthname(L"monthname"),
         chr(L"chr"), space(L"space");
 }

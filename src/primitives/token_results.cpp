@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "primitives/primitive.h"
+#include "types/usrtype.h"
 #include "types/varchar.h"
 
 namespace qve {
@@ -36,6 +37,16 @@ usrprops value_result::result_props(primitive const* p, std::vector<usrprops> co
     copy_keys(properties, source, type_keys);
     if (dictionary) copy_keys(properties, source, dictionary_keys);
     if (m_share) properties.set(usrpropkey::result_share_dictionary, true);
+    return properties;
+}
+
+usrprops winner_result::result_props(primitive const* p, std::vector<usrprops> const& inputs) const {
+    usrprops properties = value_result::result_props(p, inputs);
+    if (properties.text(usrpropkey::factory) != L"varchar") return properties;
+    std::vector<const usrtype*> types;
+    for (const usrprops& input : inputs) types.push_back(usrtype::resolve(input));
+    const usrprops widest = varchar::maxtype(types.begin(), types.end())->properties();
+    copy_keys(properties, widest, type_keys);
     return properties;
 }
 

@@ -55,6 +55,13 @@ private:
     bool m_share;
 };
 
+/// One of two values: a text type that holds both.
+class winner_result : public value_result {
+public:
+    explicit winner_result(std::wstring_view name) : value_result(name, usrpropkey::empty, 0, false) {}
+    usrprops result_props(primitive const* p, std::vector<usrprops> const& inputs) const override;
+};
+
 /// Any value of a group, by token of any dictionary.
 class any_result : public value_result {
 public:

@@ -87,6 +87,11 @@ void SqliteOracle::Load(const std::string& folder, const std::string& name) {
     }
 }
 
+void SqliteOracle::SetStepLimit(unsigned steps) {
+    sqlite3_progress_handler(
+        m_database, static_cast<int>(steps), [](void*) { return 1; }, nullptr);
+}
+
 Rows SqliteOracle::Run(const std::string& sql) {
     sqlite3_stmt* raw = nullptr;
     Check(sqlite3_prepare_v2(m_database, sql.c_str(), -1, &raw, nullptr));

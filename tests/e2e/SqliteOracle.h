@@ -19,6 +19,8 @@ public:
     /// empty field is null, "true" and "false" are 1 and 0.
     void Load(const std::string& folder, const std::string& name);
     Rows Run(const std::string& sql);
+    /// Ends a Run that takes more than about this many steps of SQLite's machine, with an error; 0 for no limit.
+    void SetStepLimit(unsigned steps);
 
 private:
     void Check(int code) const;
