@@ -23,6 +23,7 @@ class Exchange;
 class FlowTable;
 class FractionTable;
 class IndexTable;
+class Insert;
 class IndexJoin;
 class Join;
 class LeafTable;
@@ -84,6 +85,7 @@ public:
     virtual void VisitFractionTable(FractionTable& table) = 0;
     virtual void VisitIndexTable(IndexTable& table) = 0;
     virtual void VisitIndexJoin(IndexJoin& flow) = 0;
+    virtual void VisitInsert(Insert& statement) = 0;
     virtual void VisitJoin(Join& flow) = 0;
     virtual void VisitLeafTable(LeafTable& table) = 0;
     virtual void VisitLookup(Lookup& flow) = 0;

@@ -1,5 +1,6 @@
 #include "client/QVE_Client.h"
 
+#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -16,6 +17,11 @@
 
 namespace qve {
 namespace {
+
+// Where the guid and the count of an insert's message stand: behind header and command, aligned to their sizes.
+constexpr std::size_t s_insertGuid = QVE_Message::s_headerSize + 8;
+constexpr std::size_t s_insertCount = s_insertGuid + sizeof(std::uint64_t);
+constexpr std::size_t s_insertPrefix = s_insertCount + sizeof(std::uint32_t);
 
 /// Reads the status; turns an error reply into its exception.
 void ReadStatus(QVE_InputIterator& in) {
@@ -138,11 +144,16 @@ void QVE_Client::Request(QVE_Command command, const WriteFields& write, QVE_Mess
     out.WriteHeader();
     out.WriteCommand(command);
     write(out);
+    Exchange(message, reply, command == QVE_Command::StatementExecute);
+}
+
+void QVE_Client::Exchange(QVE_Message& request, QVE_Message& reply, bool executes) {
+    if (!m_connection) throw QVE_Exception(status::Client_NotConnected, "not connected");
     {
         std::lock_guard lock(m_cancelMutex);
-        m_connection->Send(m_session, message);
+        m_connection->Send(m_session, request);
         m_inFlight = true;
-        m_executing = command == QVE_Command::StatementExecute;
+        m_executing = executes;
         m_cancels = 0;
     }
     try {
@@ -286,6 +297,82 @@ void QVE_Client::RowsetGetValues(std::uint64_t rowset, QVE_ValueArray& values) {
 
 void QVE_Client::RowsetClose(std::uint64_t rowset) {
     RequestNothing(QVE_Command::RowsetClose, [&](QVE_OutputIterator& out) { out.WriteGuid(rowset); });
+}
+
+QVE_Client::OpenInsert QVE_Client::InsertOpen(const std::vector<std::string>& columns, std::string_view table,
+                                              std::string_view schema) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::InsertOpen,
+        [&](QVE_OutputIterator& out) {
+            out.WriteU32(static_cast<std::uint32_t>(columns.size()));
+            for (const std::string& column : columns) out.WriteString(column);
+            out.WriteString(table);
+            out.WriteString(schema);
+        },
+        reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    OpenInsert opened;
+    opened.guid = in.ReadGuid();
+    opened.columns = in.ReadU32();
+    return opened;
+}
+
+QVE_PropertyList QVE_Client::InsertGetColumnProperties(std::uint64_t insert, std::uint32_t column) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::InsertGetColumnProperties,
+        [&](QVE_OutputIterator& out) {
+            out.WriteGuid(insert);
+            out.WriteU32(column);
+        },
+        reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    return in.ReadProperties();
+}
+
+void QVE_Client::InsertPutValues(std::uint64_t insert, std::size_t count, const QVE_Value* values) {
+    QVE_ValueArray array;
+    InsertValueArrayOpen(insert, array);
+    array.WriteValues(count, values);
+    InsertPutValueArray(insert, array);
+}
+
+void QVE_Client::InsertValueArrayOpen(std::uint64_t insert, QVE_ValueArray& values) {
+    QVE_Message prefix;
+    QVE_OutputIterator out(prefix);
+    out.WriteHeader();
+    out.WriteCommand(QVE_Command::InsertPutValues);
+    out.WriteGuid(insert);
+    out.WriteU32(0);  // the count, which is known when the array goes out
+    values.SetPrefix(prefix);
+}
+
+void QVE_Client::InsertPutValueArray(std::uint64_t insert, QVE_ValueArray& values) {
+    if (!values.IsOpenForWrite() || values.GetMessage().size() - values.GetSizeBytes() != s_insertPrefix) {
+        throw QVE_LogicError(status::Client_InsertArray, "the value array was not opened for an insert");
+    }
+    std::lock_guard lock(m_mutex);
+    QVE_Message& message = values.GetMessage();
+    QVE_OutputIterator::PatchU32(message, s_insertCount, static_cast<std::uint32_t>(values.GetNumValues()));
+    std::memcpy(message.data() + s_insertGuid, &insert, sizeof insert);
+    QVE_Message reply;
+    Exchange(message, reply, false);
+    values.Clear();
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+}
+
+void QVE_Client::InsertCommit(std::uint64_t insert) {
+    RequestNothing(QVE_Command::InsertCommit, [&](QVE_OutputIterator& out) { out.WriteGuid(insert); });
+}
+
+void QVE_Client::InsertClose(std::uint64_t insert) {
+    RequestNothing(QVE_Command::InsertClose, [&](QVE_OutputIterator& out) { out.WriteGuid(insert); });
 }
 
 void QVE_Client::PostErrorInfo(int status, std::vector<std::string> texts) {

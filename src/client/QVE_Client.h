@@ -10,6 +10,7 @@
 
 #include "server/protocol/QVE_Command.h"
 #include "server/protocol/QVE_InterredValue.h"
+#include "server/protocol/QVE_Value.h"
 #include "system/RefCntObject.h"
 #include "system/RefCntPtr.h"
 #include "system/TRecursiveMutex.h"
@@ -65,6 +66,24 @@ public:
     void RowsetGetValues(std::uint64_t rowset, QVE_ValueArray& values);
     void RowsetClose(std::uint64_t rowset);
 
+    /// Opens an insert into the named columns of a table, or all its columns when none is named. Nothing of it is seen
+    /// before the commit.
+    struct OpenInsert {
+        std::uint64_t guid = 0;
+        std::uint32_t columns = 0;
+    };
+    OpenInsert InsertOpen(const std::vector<std::string>& columns, std::string_view table, std::string_view schema);
+    QVE_PropertyList InsertGetColumnProperties(std::uint64_t insert, std::uint32_t column);
+    /// Sends values row by row; a row may continue in the next call. What an earlier call sent may be why this fails.
+    void InsertPutValues(std::uint64_t insert, std::size_t count, const QVE_Value* values);
+    /// Opens an array for the values of an insert.
+    void InsertValueArrayOpen(std::uint64_t insert, QVE_ValueArray& values);
+    /// Sends the values of such an array without copying them, and clears it.
+    void InsertPutValueArray(std::uint64_t insert, QVE_ValueArray& values);
+    void InsertCommit(std::uint64_t insert);
+    /// Rolls back what was not committed.
+    void InsertClose(std::uint64_t insert);
+
     /// Replaces the posted error texts, for QVE_GetErrorInfo.
     void PostErrorInfo(int status, std::vector<std::string> texts);
     struct ErrorInfo {
@@ -77,6 +96,8 @@ private:
     using WriteFields = std::function<void(QVE_OutputIterator&)>;
 
     void Request(QVE_Command command, const WriteFields& write, QVE_Message& reply);
+    /// Sends a whole request and waits for its reply.
+    void Exchange(QVE_Message& request, QVE_Message& reply, bool executes);
     void RequestNothing(QVE_Command command, const WriteFields& write);
     void RecvReply(QVE_Message& reply);
     /// Takes a reply for a question for progress when it is one.

@@ -39,6 +39,7 @@ typedef struct QVE_ServerProcess QVE_ServerProcess;
 typedef struct QVE_Connection QVE_Connection;
 typedef struct QVE_Statement QVE_Statement;
 typedef struct QVE_Rowset QVE_Rowset;
+typedef struct QVE_Insert QVE_Insert;
 typedef struct QVE_ValueArray QVE_ValueArray;
 typedef struct QVE_Properties QVE_Properties;
 typedef struct QVE_ErrorInfo QVE_ErrorInfo;
@@ -195,6 +196,28 @@ QVE_API QVE_Status QVE_ValueArrayReadValues(QVE_ValueArray* array, size_t max_va
 /* 40505: the array is not open for write. */
 QVE_API QVE_Status QVE_ValueArrayWriteValues(QVE_ValueArray* array, size_t count, const QVE_Value* values);
 QVE_API QVE_Status QVE_ValueArrayClose(QVE_ValueArray* array);
+
+/* ---- Inserts: rows to be added to a table, all at the commit or none. ---- */
+
+/* Opens an insert of `count` columns, named by `columns`; all columns of the table in their order when `count` is 0.
+ * The columns that are not named get their default values, or nulls. */
+QVE_API QVE_Status QVE_InsertOpen(QVE_Connection* connection, const char* schema, const char* table, uint32_t count,
+                                  const char* const* columns, QVE_Insert** insert);
+QVE_API QVE_Status QVE_InsertGetColumnCount(QVE_Insert* insert, uint32_t* count);
+/* The first two are "name" and "type", the type of the values to send. */
+QVE_API QVE_Status QVE_InsertGetColumnProperties(QVE_Insert* insert, uint32_t column, QVE_Properties** properties);
+/* Sends values, row after row; a row may continue in the next call. Numbers of other types will do if the column can
+ * hold them; what it cannot take becomes null. Values are not checked at once: what an earlier call sent may be why
+ * this one fails, and an insert that failed can only be closed. 40429: no such insert. */
+QVE_API QVE_Status QVE_InsertPutValues(QVE_Insert* insert, size_t count, const QVE_Value* values);
+/* An array to be filled by QVE_ValueArrayWriteValues and sent by QVE_InsertPutValueArray, any number of times. */
+QVE_API QVE_Status QVE_InsertValueArrayOpen(QVE_Insert* insert, QVE_ValueArray** array);
+/* Sends the values without copying them, and clears the array. 40517: the array is not of QVE_InsertValueArrayOpen. */
+QVE_API QVE_Status QVE_InsertPutValueArray(QVE_Insert* insert, QVE_ValueArray* array);
+/* Adds the rows to the table. 40034: the last row is not whole. */
+QVE_API QVE_Status QVE_InsertCommit(QVE_Insert* insert);
+/* Drops what was not committed. */
+QVE_API QVE_Status QVE_InsertClose(QVE_Insert* insert);
 
 /* ---- Errors. ---- */
 

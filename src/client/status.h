@@ -14,5 +14,6 @@ inline constexpr int QVE_ServerProcess_Launch = 40513;
 inline constexpr int QVE_ServerProcess_CallBack = 40514;
 inline constexpr int QVE_ServerProcess_AlreadyStarted = 40515;
 inline constexpr int Client_Index = 40516;
+inline constexpr int Client_InsertArray = 40517;
 
 }  // namespace qve::status

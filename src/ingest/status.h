@@ -1,8 +1,12 @@
 #pragma once
 
-/// Error numbers of text import.
+/// Error numbers of imports and inserts.
 namespace qve::status {
 
+inline constexpr int BinaryScan_Next = 40034;
+inline constexpr int BinaryScan_MakeInserter = 40035;
+inline constexpr int InsertRows_column = 40036;
+inline constexpr int InsertRows_text = 40037;
 inline constexpr int TextScan_NoLines = 40561;
 inline constexpr int TextScan_NoRows = 40562;
 inline constexpr int TextScan_OpenFile = 40563;

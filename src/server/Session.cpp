@@ -7,6 +7,7 @@
 
 #include "commands/ShowVirtualTable.h"
 #include "metrics/Scope.h"
+#include "server/Insert.h"
 #include "server/Rowset.h"
 #include "server/RuntimeQueryStatsCollector.h"
 #include "server/SessionPool.h"
@@ -70,10 +71,15 @@ void Session::Call(QVE_Command command, QVE_InputIterator& in, QVE_Message& repl
         case QVE_Command::RowsetGetProperties:
             return RowsetGetProperties(in, reply);
         case QVE_Command::InsertOpen:
+            return InsertOpen(in, reply);
         case QVE_Command::InsertGetColumnProperties:
+            return InsertGetColumnProperties(in, reply);
         case QVE_Command::InsertPutValues:
+            return InsertPutValues(in, reply);
         case QVE_Command::InsertCommit:
+            return InsertCommit(in, reply);
         case QVE_Command::InsertClose:
+            return InsertClose(in, reply);
         case QVE_Command::DatabaseUploadOpen:
         case QVE_Command::UploadSetSize:
         case QVE_Command::UploadSend:
@@ -131,6 +137,12 @@ RefCntPtr<Statement> Session::GetStatement(std::uint64_t guid) const {
 const Session::OpenRowset& Session::GetRowset(std::uint64_t guid) const {
     const auto found = m_rowsets.find(guid);
     if (found == m_rowsets.end()) throw QVE_RangeError(status::Session_GetRowset, "no such rowset");
+    return found->second;
+}
+
+const RefCntPtr<Insert>& Session::GetInsert(std::uint64_t guid) const {
+    const auto found = m_inserts.find(guid);
+    if (found == m_inserts.end()) throw QVE_RangeError(status::Session_GetInsert, "no such insert");
     return found->second;
 }
 

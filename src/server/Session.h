@@ -27,6 +27,7 @@ class Scope;
 
 namespace qve::Server {
 
+class Insert;
 class Rowset;
 class SessionPool;
 
@@ -76,12 +77,18 @@ private:
     void RowsetGetProperties(QVE_InputIterator& in, QVE_Message& reply);
     void RowsetGetValues(QVE_InputIterator& in, QVE_Message& reply);
     void RowsetClose(QVE_InputIterator& in, QVE_Message& reply);
+    void InsertOpen(QVE_InputIterator& in, QVE_Message& reply);
+    void InsertGetColumnProperties(QVE_InputIterator& in, QVE_Message& reply);
+    void InsertPutValues(QVE_InputIterator& in, QVE_Message& reply);
+    void InsertCommit(QVE_InputIterator& in, QVE_Message& reply);
+    void InsertClose(QVE_InputIterator& in, QVE_Message& reply);
     void NotSupported(QVE_Command command, QVE_Message& reply);
 
     std::uint64_t AllocateGuid() { return m_nextGuid++; }
     RefCntPtr<Statement> MakeStatement() const;
     RefCntPtr<Statement> GetStatement(std::uint64_t guid) const;
     const OpenRowset& GetRowset(std::uint64_t guid) const;
+    const RefCntPtr<Insert>& GetInsert(std::uint64_t guid) const;
     /// The guid after the session's own in a request. Throws QVE_RuntimeError with the status for another session's.
     std::uint64_t ReadStatementGuid(QVE_InputIterator& in, const char* handler, int status) const;
     /// Keeps the rowset, which may be null, and writes the block that describes it. Gives its guid, 0 for null.
@@ -103,6 +110,7 @@ private:
     const std::unique_ptr<TableFactory> m_tables;
     RefCntPtr<Database> m_database;
     std::map<std::uint64_t, OpenRowset> m_rowsets;
+    std::map<std::uint64_t, RefCntPtr<Insert>> m_inserts;
 
     mutable std::mutex m_statementsMutex;  // a cancel looks its statement up beside the running request
     std::unordered_map<std::uint64_t, RefCntPtr<Statement>> m_statements;

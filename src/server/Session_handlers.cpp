@@ -1,9 +1,9 @@
 #include <utility>
 
 #include "metrics/Scope.h"
+#include "server/Answer.h"
 #include "server/Rowset.h"
 #include "server/Session.h"
-#include "server/error_reply.h"
 #include "server/protocol/QVE_InputIterator.h"
 #include "server/protocol/QVE_OutputIterator.h"
 #include "server/protocol/QVE_ValueArray.h"
@@ -12,29 +12,6 @@
 #include "telemetry/LogEntry.h"
 
 namespace qve::Server {
-namespace {
-
-/// Runs the body of a handler, which writes the fields of a good reply. An exception makes an error reply instead, and
-/// `failed` logs it.
-template <class Body, class Failed>
-void Answer(QVE_Message& reply, Body body, Failed failed) {
-    try {
-        QVE_OutputIterator out(reply);
-        out.WriteHeader();
-        out.WriteStatus(0);
-        body(out);
-    } catch (const std::exception& exception) {
-        MakeErrorReply(exception, reply);
-        failed(exception.what());
-    }
-}
-
-template <class Body>
-void Answer(QVE_Message& reply, Body body) {
-    Answer(reply, std::move(body), [](const char*) {});
-}
-
-}  // namespace
 
 /// Shows, for its life, which statement the session's worker is on.
 class Session::Running {

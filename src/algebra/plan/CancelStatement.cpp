@@ -6,6 +6,8 @@
 #include "algebra/Scan.h"
 #include "algebra/TopN.h"
 #include "commands/CreateTable.h"
+#include "commands/Insert.h"
+#include "ingest/BinaryScan.h"
 #include "ingest/TextScan.h"
 #include "system/ProgressCallback.h"
 
@@ -16,9 +18,17 @@ void CancelStatement::Do(Operator& root) {
     if (auto* columns = dynamic_cast<Namespace*>(&root)) columns->Accept(cancel);
 }
 
+void CancelStatement::VisitBinaryScan(BinaryScan& flow) {
+    flow.SetCancelled();
+}
+
 void CancelStatement::VisitCreateTable(CreateTable& statement) {
     OperatorVisitorImpl::VisitCreateTable(statement);
     if (const RefCntPtr<ProgressCallback> progress = statement.GetProgressCallback()) progress->SetCancelled();
+}
+
+void CancelStatement::VisitInsert(Insert& statement) {
+    statement.GetProgressCallback()->SetCancelled();
 }
 
 void CancelStatement::VisitJoin(Join& flow) {

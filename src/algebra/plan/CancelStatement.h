@@ -13,7 +13,9 @@ class CancelStatement : public OperatorVisitorImpl {
 public:
     static void Do(Operator& root);
 
+    void VisitBinaryScan(BinaryScan& flow) override;
     void VisitCreateTable(CreateTable& statement) override;
+    void VisitInsert(Insert& statement) override;
     void VisitJoin(Join& flow) override;
     void VisitOrder(Order& table) override;
     void VisitScan(Scan& flow) override;

@@ -12,6 +12,7 @@
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
+#include "ingest/BinaryScan.h"
 #include "ingest/TextScan.h"
 #include "types/datatraits.h"
 
@@ -91,6 +92,10 @@ void EstimateProgress::VisitOrder(Order& table) {
     rows.first = std::min(rows.first, table.GetLimit());
     rows.last = std::min(rows.last, table.GetLimit());
     Push(rows);
+}
+
+void EstimateProgress::VisitBinaryScan(BinaryScan& flow) {
+    Push({.first = 0, .last = unknown, .done = flow.GetCursor(), .total = unknown});
 }
 
 // How many rows a text has shows only at its end; the work is its bytes.

@@ -27,6 +27,7 @@ public:
 
     void VisitAggr(Aggr& table) override;
     void VisitAppend(Append& flow) override;
+    void VisitBinaryScan(BinaryScan& flow) override;
     void VisitFlowTable(FlowTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;

@@ -24,6 +24,7 @@
 #include "commands/DropFolder.h"
 #include "commands/DropSchema.h"
 #include "commands/DropTable.h"
+#include "commands/Insert.h"
 #include "commands/ShowCollations.h"
 #include "commands/ShowDatabase.h"
 #include "commands/ShowDatabases.h"
@@ -31,6 +32,7 @@
 #include "commands/ShowSchemas.h"
 #include "commands/ShowTables.h"
 #include "commands/ShowVirtualTable.h"
+#include "ingest/BinaryScan.h"
 #include "ingest/TextScan.h"
 
 namespace qve {
@@ -49,6 +51,10 @@ void NamespaceVisitor::VisitAggr(Aggr& table) {
 }
 
 void NamespaceVisitor::VisitAppend(Append& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitBinaryScan(BinaryScan& flow) {
     VisitNamespace(flow);
 }
 
@@ -90,6 +96,10 @@ void NamespaceVisitor::VisitDropTable(DropTable& statement) {
 
 void NamespaceVisitor::VisitFlowTable(FlowTable& table) {
     VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitInsert(Insert& statement) {
+    VisitNamespace(statement);
 }
 
 void NamespaceVisitor::VisitJoin(Join& flow) {
@@ -164,10 +174,6 @@ void NamespaceVisitor::VisitTopN(TopN& flow) {
 
 void NamespaceVisitor::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void NamespaceVisitor::VisitBinaryScan(BinaryScan&) {
-    throw_absent_operator("BinaryScan");
 }
 
 void NamespaceVisitor::VisitCartProd(CartProd&) {

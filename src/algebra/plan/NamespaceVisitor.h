@@ -35,6 +35,7 @@ public:
     void VisitFractionTable(FractionTable& table) override;
     void VisitIndexTable(IndexTable& table) override;
     void VisitIndexJoin(IndexJoin& flow) override;
+    void VisitInsert(Insert& statement) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;
     void VisitLookup(Lookup& flow) override;

@@ -88,6 +88,8 @@ void OperatorVisitorImpl::VisitDropSchema(DropSchema&) {}
 
 void OperatorVisitorImpl::VisitDropTable(DropTable&) {}
 
+void OperatorVisitorImpl::VisitInsert(Insert&) {}
+
 void OperatorVisitorImpl::VisitShowCollations(ShowCollations&) {}
 
 void OperatorVisitorImpl::VisitShowDatabase(ShowDatabase&) {}
@@ -104,14 +106,12 @@ void OperatorVisitorImpl::VisitShowTables(ShowTables&) {}
 
 void OperatorVisitorImpl::VisitTextScan(TextScan&) {}
 
+void OperatorVisitorImpl::VisitBinaryScan(BinaryScan&) {}
+
 // Operators of these classes cannot be built yet.
 
 void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void OperatorVisitorImpl::VisitBinaryScan(BinaryScan&) {
-    throw_absent_operator("BinaryScan");
 }
 
 void OperatorVisitorImpl::VisitCartProd(CartProd&) {

@@ -40,6 +40,11 @@ struct QVE_Rowset {
     qve::RefCntPtr<qve::QVE_ClientRowset> rowset;
 };
 
+struct QVE_Insert {
+    qve::RefCntPtr<qve::QVE_Client> client;
+    qve::QVE_Client::OpenInsert insert;
+};
+
 struct QVE_ValueArray {
     qve::QVE_ValueArray values;
 };
@@ -83,6 +88,14 @@ void CheckIndex(std::size_t index, std::size_t count);
 /// The value as C programs see it.
 inline ::QVE_Value ToApi(const QVE_Value& value) {
     return {value.type, value.size, value.data};
+}
+
+/// The values of a C program.
+inline std::vector<QVE_Value> FromApi(std::size_t count, const ::QVE_Value* values) {
+    std::vector<QVE_Value> views;
+    views.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) views.push_back({values[i].type, values[i].size, values[i].data});
+    return views;
 }
 
 }  // namespace qve::api

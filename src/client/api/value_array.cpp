@@ -32,12 +32,7 @@ QVE_Status QVE_ValueArrayReadValues(QVE_ValueArray* array, size_t max_values, QV
 
 QVE_Status QVE_ValueArrayWriteValues(QVE_ValueArray* array, size_t count, const QVE_Value* values) {
     if (!array || (!values && count != 0)) return QVE_ERROR_ARGUMENT;
-    return Guard([&] {
-        std::vector<qve::QVE_Value> views;
-        views.reserve(count);
-        for (size_t i = 0; i < count; ++i) views.push_back({values[i].type, values[i].size, values[i].data});
-        array->values.WriteValues(count, views.data());
-    });
+    return Guard([&] { array->values.WriteValues(count, qve::api::FromApi(count, values).data()); });
 }
 
 QVE_Status QVE_ValueArrayClose(QVE_ValueArray* array) {

@@ -95,7 +95,7 @@ VQLSession::Handler VQLSession::FindCommand(const RefCntPtr<VQLNode>& node) {
         {L"connect", &VQLSession::ExecConnect},
         {L"create", &VQLSession::ExecCreate},
         {L"drop", &VQLSession::ExecDrop},
-        {L"insert", &VQLSession::ExecNotSupported},
+        {L"insert", &VQLSession::ExecInsert},
         {L"package", &VQLSession::ExecNotSupported},
         {L"unpackage", &VQLSession::ExecNotSupported},
         {L"show", &VQLSession::ExecShow},

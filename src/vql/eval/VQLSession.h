@@ -62,6 +62,7 @@ private:
     RefCntPtr<Namespace> ExecConnect(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecCreate(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDrop(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecInsert(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecShow(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDescribe(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecExplain(const VQLCommandArguments& args);
