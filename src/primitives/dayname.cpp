@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <string>
 
+#include "primitives/date_parts.h"
+#include "primitives/locale_names.h"
 #include "primitives/text_function.h"
 #include "system/UnicodeUnits.h"
-#include "types/calendar.h"
 #include "types/usrtype.h"
 
 namespace qve {
@@ -12,11 +14,12 @@ struct dayname_function {
     static constexpr const wchar_t* name = L"dayname";
     static constexpr text_kind kind = text_kind::text;
     static long long apply(text_call& call) {
-        static constexpr std::string_view names[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                                     "Thursday", "Friday", "Saturday"};
+        const usrtype* const type = call.result.type();
+        const long long day = (std::min<long long>(call.number, last_day) + 2) % 7;
         std::string units;
-        Unicode::AppendUnits(units, names[(call.number + 2) % 7], static_cast<unsigned>(call.result.type()->scale()));
-        call.result.assign(call.result.type(), units.data(), units.size());
+        Unicode::AppendUnits(units, locale_names::of(type).days[static_cast<size_t>(day)],
+                             static_cast<unsigned>(type->scale()));
+        call.result.assign(type, units.data(), units.size());
         return 0;
     }
 };

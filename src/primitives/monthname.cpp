@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <string>
 
+#include "primitives/date_parts.h"
+#include "primitives/locale_names.h"
 #include "primitives/text_function.h"
 #include "system/UnicodeUnits.h"
-#include "types/calendar.h"
 #include "types/usrtype.h"
 
 namespace qve {
@@ -12,13 +14,12 @@ struct monthname_function {
     static constexpr const wchar_t* name = L"monthname";
     static constexpr text_kind kind = text_kind::text;
     static long long apply(text_call& call) {
-        static constexpr std::string_view names[] = {"January",   "February", "March",    "April",
-                                                     "May",       "June",     "July",     "August",
-                                                     "September", "October",  "November", "December"};
+        const usrtype* const type = call.result.type();
+        const int month = civil(static_cast<unsigned>(std::min<long long>(call.number, last_day))).month;
         std::string units;
-        Unicode::AppendUnits(units, names[calendar::civil(static_cast<int>(call.number)).month - 1],
-                             static_cast<unsigned>(call.result.type()->scale()));
-        call.result.assign(call.result.type(), units.data(), units.size());
+        Unicode::AppendUnits(units, locale_names::of(type).months[static_cast<size_t>(month - 1)],
+                             static_cast<unsigned>(type->scale()));
+        call.result.assign(type, units.data(), units.size());
         return 0;
     }
 };

@@ -2,6 +2,7 @@
 
 #include <unicode/ucal.h>
 #include <unicode/udat.h>
+#include <unicode/uloc.h>
 
 #include <algorithm>
 
@@ -50,7 +51,9 @@ std::vector<std::u16string> patterns(const char* locale, bool withTime) {
 
 std::vector<std::u16string> symbols(const char* locale, UDateFormatSymbolType type, int32_t from) {
     std::vector<std::u16string> names;
-    UDateFormat* format = open(UDAT_NONE, UDAT_FULL, locale, {});
+    // Some locales count in another calendar, with months of its own.
+    const std::string gregorian = std::string(locale ? locale : uloc_getDefault()) + "@calendar=gregorian";
+    UDateFormat* format = open(UDAT_NONE, UDAT_FULL, gregorian.c_str(), {});
     if (!format) return names;
     const int32_t count = udat_countSymbols(format, type);
     for (int32_t i = from; i < count; ++i) {

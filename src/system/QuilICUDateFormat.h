@@ -17,7 +17,7 @@ public:
     /// The patterns of the locale for dates, and for dates with a time, each from short to full.
     static std::vector<std::u16string> DatePatterns(const char* locale);
     static std::vector<std::u16string> DateTimePatterns(const char* locale);
-    /// Names of weekdays from Sunday, and of months from January, in full.
+    /// Names of weekdays from Sunday, and of months from January, in full; of the process's own locale when null.
     static std::vector<std::u16string> WeekdayNames(const char* locale);
     static std::vector<std::u16string> MonthNames(const char* locale);
 

@@ -34,6 +34,7 @@ TestServer::TestServer(const ServerSetting& setting) : m_setting(setting), m_fol
     fs::create_directories(m_folder);
     const fs::path config = m_folder / "qveconfig.yaml";
     std::ofstream(config) << setting.configuration;
+    ::setenv("LC_ALL", "C", 1);
     ::setenv("QUILLON_VECTORIZATION", setting.vectors ? "1" : "0", 1);
     m_process.emplace(config.string());
     m_client.emplace(m_process->GetDescriptor());

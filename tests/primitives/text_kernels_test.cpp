@@ -401,6 +401,19 @@ TEST(TextConversion, NamesDaysAndCharacters) {
     EXPECT_EQ(out.values(), (std::vector<text>{"Sunday", {}}));
     monthname(2, out.output(2), input_of(moments), nullptr);
     EXPECT_EQ(out.values(), (std::vector<text>{"August", {}}));
+    // In the locale of the result's collation; beyond the calendar it is the last day of it.
+    const std::vector<date> late{{3000000000u}, {300000000u}};
+    for (const auto& [collation, sunday, august] : {std::tuple{L"de", "Sonntag", "August"},
+                                                    {L"fr_FR", "dimanche", "ao\xC3\xBBt"},
+                                                    {L"cs_CI", "ned\xC4\x9Ble", "srpen"}}) {
+        text_column names({}, 2, collation);
+        dayname(2, names.output(2), input_of(days), nullptr);
+        EXPECT_EQ(names.values(), (std::vector<text>{sunday, {}}));
+        monthname(2, names.output(2), input_of(moments), nullptr);
+        EXPECT_EQ(names.values(), (std::vector<text>{august, {}}));
+        dayname(2, names.output(2), input_of(late), nullptr);
+        EXPECT_EQ(names.values()[0], names.values()[1]);
+    }
     const auto chr = find_kernel<unary_func>(primitive::klassMap, L"chr", {{L"double", L"col"}});
     const std::vector<double> codes{65, 233, 0xD800, -1, 1e300};
     chr(5, out.output(5), input_of(codes), nullptr);
