@@ -9,6 +9,7 @@ class BinaryScan;
 class CartProd;
 class ClusteringFlow;
 class Compact;
+class CreateColumn;
 class CreateDatabase;
 class CreateFolder;
 class CreateSchema;
@@ -70,6 +71,7 @@ public:
     virtual void VisitCartProd(CartProd& flow) = 0;
     virtual void VisitClusteringFlow(ClusteringFlow& flow) = 0;
     virtual void VisitCompact(Compact& flow) = 0;
+    virtual void VisitCreateColumn(CreateColumn& statement) = 0;
     virtual void VisitCreateDatabase(CreateDatabase& statement) = 0;
     virtual void VisitCreateFolder(CreateFolder& statement) = 0;
     virtual void VisitCreateSchema(CreateSchema& statement) = 0;

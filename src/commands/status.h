@@ -14,4 +14,10 @@ inline constexpr int Setting_unknown = 40608;
 inline constexpr int Setting_value = 40609;
 inline constexpr int SettingsCommand_missing = 40610;
 
+inline constexpr int CreateColumn_target = 40611;
+inline constexpr int CreateColumn_count = 40612;
+inline constexpr int CreateColumn_default = 40613;
+inline constexpr int CreateColumn_plan = 40614;
+inline constexpr int ValueGenerator = 40615;
+
 }  // namespace qve::status

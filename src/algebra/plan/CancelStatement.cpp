@@ -5,6 +5,7 @@
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
 #include "algebra/TopN.h"
+#include "commands/CreateColumn.h"
 #include "commands/CreateTable.h"
 #include "commands/Insert.h"
 #include "ingest/BinaryScan.h"
@@ -20,6 +21,11 @@ void CancelStatement::Do(Operator& root) {
 
 void CancelStatement::VisitBinaryScan(BinaryScan& flow) {
     flow.SetCancelled();
+}
+
+void CancelStatement::VisitCreateColumn(CreateColumn& statement) {
+    OperatorVisitorImpl::VisitCreateColumn(statement);
+    statement.GetProgressCallback()->SetCancelled();
 }
 
 void CancelStatement::VisitCreateTable(CreateTable& statement) {

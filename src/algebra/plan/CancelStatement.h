@@ -14,6 +14,7 @@ public:
     static void Do(Operator& root);
 
     void VisitBinaryScan(BinaryScan& flow) override;
+    void VisitCreateColumn(CreateColumn& statement) override;
     void VisitCreateTable(CreateTable& statement) override;
     void VisitInsert(Insert& statement) override;
     void VisitJoin(Join& flow) override;

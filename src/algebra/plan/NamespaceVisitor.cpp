@@ -15,6 +15,7 @@
 #include "algebra/TopN.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 #include "algebra/plan/absent_operator.h"
+#include "commands/CreateColumn.h"
 #include "commands/CreateDatabase.h"
 #include "commands/CreateFolder.h"
 #include "commands/CreateSchema.h"
@@ -56,6 +57,10 @@ void NamespaceVisitor::VisitAppend(Append& flow) {
 
 void NamespaceVisitor::VisitBinaryScan(BinaryScan& flow) {
     VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitCreateColumn(CreateColumn& statement) {
+    VisitNamespace(statement);
 }
 
 void NamespaceVisitor::VisitCreateDatabase(CreateDatabase& statement) {

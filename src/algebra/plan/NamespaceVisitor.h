@@ -20,6 +20,7 @@ public:
     void VisitCartProd(CartProd& flow) override;
     void VisitClusteringFlow(ClusteringFlow& flow) override;
     void VisitCompact(Compact& flow) override;
+    void VisitCreateColumn(CreateColumn& statement) override;
     void VisitCreateDatabase(CreateDatabase& statement) override;
     void VisitCreateFolder(CreateFolder& statement) override;
     void VisitCreateSchema(CreateSchema& statement) override;

@@ -14,6 +14,7 @@
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/absent_operator.h"
+#include "commands/CreateColumn.h"
 #include "commands/CreateTable.h"
 
 namespace qve {
@@ -70,6 +71,10 @@ void OperatorVisitorImpl::VisitTopN(TopN& flow) {
 
 void OperatorVisitorImpl::VisitCreateTable(CreateTable& statement) {
     if (const RefCntPtr<Namespace> plan = statement.GetPlan()) plan->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitCreateColumn(CreateColumn& statement) {
+    if (const RefCntPtr<Namespace>& plan = statement.GetPlan()) plan->Accept(m_below);
 }
 
 void OperatorVisitorImpl::VisitCreateDatabase(CreateDatabase&) {}

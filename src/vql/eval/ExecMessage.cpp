@@ -1,5 +1,6 @@
 #include "vql/eval/ExecMessage.h"
 
+#include "commands/CreateColumn.h"
 #include "commands/CreateDatabase.h"
 #include "commands/CreateFolder.h"
 #include "commands/CreateSchema.h"
@@ -13,6 +14,9 @@
 
 namespace qve {
 
+void ExecMessage::VisitCreateColumn(CreateColumn& statement) {
+    m_message(L"Created column: " + statement.GetName());
+}
 void ExecMessage::VisitCreateDatabase(CreateDatabase& statement) {
     m_message(statement.GetDatabase()->GetRoot());
 }

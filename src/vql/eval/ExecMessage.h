@@ -12,6 +12,7 @@ class ExecMessage : public OperatorVisitorImpl {
 public:
     explicit ExecMessage(std::function<void(const std::wstring&)> message) : m_message(std::move(message)) {}
 
+    void VisitCreateColumn(CreateColumn& statement) override;
     void VisitCreateDatabase(CreateDatabase& statement) override;
     void VisitCreateFolder(CreateFolder& statement) override;
     void VisitCreateSchema(CreateSchema& statement) override;

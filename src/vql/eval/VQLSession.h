@@ -78,6 +78,7 @@ private:
     RefCntPtr<Namespace> CreateSchemaCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> CreateTableCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> CreateTableFromQueryCommand(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> CreateColumnCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> CreateFolderCommand(const VQLCommandArguments& args);
 
     RefCntPtr<Namespace> DropDatabaseCommand(const VQLCommandArguments& args);

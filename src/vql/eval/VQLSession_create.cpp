@@ -1,5 +1,6 @@
 // The session command "create".
 
+#include "commands/CreateColumn.h"
 #include "commands/CreateDatabase.h"
 #include "commands/CreateFolder.h"
 #include "commands/CreateSchema.h"
@@ -57,7 +58,7 @@ RefCntPtr<Namespace> VQLSession::ExecCreate(const VQLCommandArguments& args) {
         {L"schema", &VQLSession::CreateSchemaCommand},
         {L"table", &VQLSession::CreateTableCommand},
         {L"table-from-query", &VQLSession::CreateTableFromQueryCommand},
-        {L"column", &VQLSession::ExecNotSupportedModifier},
+        {L"column", &VQLSession::CreateColumnCommand},
         {L"folder", &VQLSession::CreateFolderCommand},
     };
     return ExecModifier(args, handlers);
@@ -103,6 +104,22 @@ RefCntPtr<Namespace> VQLSession::CreateTableFromQueryCommand(const VQLCommandArg
     if (!database->HasSchema(name[0])) args.Raise(2, L"Schema does not exist");
     const RefCntPtr<Namespace> plan = VQLQueryEvaluator(m_databases, m_symbols)(args[3]);
     return MakeRef<CreateTableFromFlow>(database, name[0], name[1], plan);
+}
+
+RefCntPtr<Namespace> VQLSession::CreateColumnCommand(const VQLCommandArguments& args) {
+    const RefCntPtr<Database> database = CurrentDatabase(args);
+    const auto name = args.Name(2, 3, L"Missing column name", L"Identifier is not a column name");
+    if (!args.List(3)) args.Raise(2, L"Missing column definition");
+    args.CheckSize(4);
+    usrprops properties = ParseVQLPropertyList(args[3], status::VQLSession_ColumnDefinition);
+    RefCntPtr<Namespace> plan;
+    if (properties.has(CreateColumn::propComputedBy)) {
+        // The names are checked first: they become part of a query.
+        MakeRef<CreateColumn>(database, name[0], name[1], name[2], properties);
+        plan = VQLQueryEvaluator(m_databases,
+                                 m_symbols)(CreateColumn::BuildComputedByQuery(name[0], name[1], name[2], properties));
+    }
+    return MakeRef<CreateColumn>(database, name[0], name[1], name[2], std::move(properties), std::move(plan));
 }
 
 RefCntPtr<Namespace> VQLSession::CreateFolderCommand(const VQLCommandArguments& args) {
