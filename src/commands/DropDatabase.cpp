@@ -5,6 +5,7 @@
 #include "metrics/Scope.h"
 #include "os/OS.h"
 #include "os/Path.h"
+#include "storage/Package.h"
 #include "storage/SimpleDatabase.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
@@ -27,7 +28,11 @@ RefCntPtr<Namespace> DropDatabase::Execute(unsigned) {
     Metrics::Scope scope("DropDatabase::Execute");
     if (m_ifexists && !DatabaseExists()) return nullptr;
     if (Path::isfile(m_path)) {
-        MoveToLostAndFound();
+        if (Package::IsPackage(m_path)) {
+            OS::unlink(m_path);
+        } else {
+            MoveToLostAndFound();
+        }
     } else {
         MakeRef<SimpleDatabase>(m_path)->DropDatabase(m_cascade);
     }

@@ -5,6 +5,7 @@
 
 #include "os/OS.h"
 #include "os/Path.h"
+#include "storage/Package.h"
 #include "storage/SimpleDatabase.h"
 #include "system/QuillonException.h"
 
@@ -60,7 +61,9 @@ uint64_t FolderWalk::TotalSize(const std::wstring& folder) {
     return size;
 }
 
-bool FolderWalk::IsDatabase(const std::wstring& folder) {
+bool FolderWalk::IsDatabase(const std::wstring& path) {
+    if (Path::isfile(path)) return Package::IsPackage(path);
+    const std::wstring& folder = path;
     return Path::isfile(Path::join(folder, SimpleDatabase::databaseTypeFile)) &&
            Path::isdir(Path::join(folder, Database::systemSchema));
 }

@@ -22,8 +22,8 @@ public:
     static std::vector<Entry> List(const std::wstring& folder, bool cascade);
     /// The bytes of all files in a folder and its folders.
     static uint64_t TotalSize(const std::wstring& folder);
-    /// Whether a folder is a database.
-    static bool IsDatabase(const std::wstring& folder);
+    /// Whether a folder is a database, or a file a packaged one.
+    static bool IsDatabase(const std::wstring& path);
 };
 
 }  // namespace qve

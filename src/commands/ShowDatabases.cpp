@@ -25,8 +25,14 @@ RefCntPtr<Namespace> ShowDatabases::Execute(unsigned) {
     std::vector<datetime> times;
     for (const FolderWalk::Entry& entry : FolderWalk::List(m_path, m_cascade)) {
         const std::wstring path = Path::join(m_path, entry.name);
-        if (!entry.directory || !FolderWalk::IsDatabase(path)) continue;
+        if (!FolderWalk::IsDatabase(path)) continue;
         datetime changed = entry.modified;
+        if (!entry.directory) {
+            names.push_back(entry.name);
+            sizes.push_back(static_cast<long long>(entry.size));
+            times.push_back(changed);
+            continue;
+        }
         for (const FolderWalk::Entry& file : FolderWalk::List(Path::join(path, L"SYS"), false)) {
             if (changed < file.modified) changed = file.modified;
         }

@@ -170,6 +170,14 @@ void OS::rename(std::wstring_view from, std::wstring_view to) {
     PosixApi::Throw(error, status::OS_rename, " - OS::rename(src=\"" + source + "\", dst=\"" + target + "\")");
 }
 
+bool OS::exchange(std::wstring_view one, std::wstring_view other) {
+    const std::string first = Path::utf8path(one), second = Path::utf8path(other);
+    if (::renameat2(AT_FDCWD, first.c_str(), AT_FDCWD, second.c_str(), RENAME_EXCHANGE) == 0) return true;
+    const int error = errno;
+    if (error == EINVAL || error == ENOSYS || error == EXDEV) return false;
+    PosixApi::Throw(error, status::OS_rename, " - OS::exchange(src=\"" + first + "\", dst=\"" + second + "\")");
+}
+
 void OS::rmdir(std::wstring_view path, bool recursive) {
     const std::string narrow = Path::utf8path(path);
     if (recursive && is_real_directory(narrow)) remove_contents(narrow);

@@ -34,6 +34,8 @@ public:
     static void mkdir(std::wstring_view path, bool parents);
     /// Moves a file or a directory, also from one file system to another.
     static void rename(std::wstring_view from, std::wstring_view to);
+    /// Lets two paths of one file system change places in one step. False where the file system cannot do that.
+    static bool exchange(std::wstring_view one, std::wstring_view other);
     /// Removes a directory; with `recursive`, its contents first. Links inside it are removed, not followed.
     static void rmdir(std::wstring_view path, bool recursive);
     static void unlink(std::wstring_view path);

@@ -44,6 +44,7 @@ void Session::QueryExecute(QVE_InputIterator& in, QVE_Message& reply) {
             statement->Prepare(text);
             DatabaseUpdate(statement->GetDatabase());
             const RefCntPtr<Rowset> rowset = statement->Execute();
+            DatabaseUpdate(statement->GetDatabase());  // one that was converted in place is another now
             const std::uint64_t guid = WriteRowset(rowset, statement, out);
             LogEntry() << "Session" << m_guid << ": QueryExecute: OK rowset_guid=" << guid
                        << " n_columns=" << (rowset ? rowset->GetColumnCount() : 0)
@@ -114,7 +115,9 @@ void Session::StatementExecute(QVE_InputIterator& in, QVE_Message& reply) {
             LogEntry() << "Session" << m_guid << ": StatementExecute: stmt_guid=" << guid;
             statement = GetStatement(guid);
             const Running running(*this, statement);
-            WriteRowset(statement->Execute(), statement, out);
+            const RefCntPtr<Rowset> rowset = statement->Execute();
+            DatabaseUpdate(statement->GetDatabase());
+            WriteRowset(rowset, statement, out);
             LogEntry() << "Session" << m_guid << ": StatementExecute: OK" << ProcessRuntimeQueryStats(timers());
         },
         [&](const char* text) {

@@ -8,13 +8,13 @@
 
 #include "storage/Column.h"
 #include "storage/TableSpace.h"
+#include "system/ProgressCallback.h"
 #include "system/RefCntObject.h"
 #include "types/usrprops.h"
 
 namespace qve {
 
 class DatabaseSchema;
-class ProgressCallback;
 
 /// Schemas, their tables and the tables' columns. Shared by reference; every operation may be called from any thread.
 ///
@@ -46,9 +46,12 @@ public:
     /// Removes everything and the root. Without `cascade` a database that holds a schema is refused.
     virtual void DropDatabase(bool cascade) = 0;
     virtual usrprops GetProperties() const = 0;
+    /// Whether the database is one package file.
     virtual bool IsPackaged() const = 0;
-    virtual void PackageDatabase(const std::wstring& path, ProgressCallback* progress = nullptr) = 0;
-    virtual void UnpackageDatabase(const std::wstring& path, ProgressCallback* progress = nullptr) = 0;
+    /// Writes all that is committed to a new package file, or to a new directory; other transactions wait meanwhile.
+    /// Progress counts files. Throws Operator::CancelledException.
+    virtual void PackageDatabase(const std::wstring& path, const RefCntPtr<ProgressCallback>& progress = nullptr) = 0;
+    virtual void UnpackageDatabase(const std::wstring& path, const RefCntPtr<ProgressCallback>& progress = nullptr) = 0;
 
     /// The space of a schema: its own, or the database's.
     virtual RefCntPtr<TableSpace> GetTableSpace(const std::wstring& schema) = 0;

@@ -9,9 +9,11 @@
 #include "storage/DatabaseSchema.h"
 #include "storage/DirectoryTableSpace.h"
 #include "storage/MemoryDirectoryTableSpace.h"
+#include "storage/PkgTableSpace.h"
 #include "storage/PropertyFile.h"
 #include "storage/SimpleDatabaseImpl.h"
 #include "storage/SpaceListing.h"
+#include "storage/WritableTableSpace.h"
 #include "storage/status.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
@@ -28,10 +30,8 @@ const std::wstring SimpleDatabase::databaseTypeFile = L".database.type";
 namespace {
 
 RefCntPtr<TableSpace> OpenRoot(const std::wstring& path) {
-    if (Path::isfile(path)) {
-        throw QVE_RuntimeError(status::SimpleDatabase_packages,
-                               "SimpleDatabase: \"" + narrow(path) + "\" is a file; package files are not supported");
-    }
+    // A package is read as it lies; what is written goes with the object.
+    if (Path::isfile(path)) return MakeRef<WritableTableSpace>(MakeRef<PkgTableSpace>(path));
     if (MemoryDirectoryTableSpace::s_useMemoryDirectoryTableSpace) return MakeRef<MemoryDirectoryTableSpace>(path);
     return MakeRef<DirectoryTableSpace>(path);
 }
@@ -39,11 +39,6 @@ RefCntPtr<TableSpace> OpenRoot(const std::wstring& path) {
 RefCntPtr<TableSpace> MakeTemporarySpace() {
     if (MemoryDirectoryTableSpace::s_useMemoryDirectoryTableSpace) return MakeRef<MemoryDirectoryTableSpace>();
     return MakeRef<DirectoryTableSpace>();
-}
-
-[[noreturn]] void NoPackages(const char* operation) {
-    throw QVE_RuntimeError(status::SimpleDatabase_packages,
-                           std::string(operation) + ": package files are not supported");
 }
 
 /// Names with a leading point are the system's own.
@@ -59,7 +54,9 @@ void RequireUserName(const char* operation, const std::wstring& name) {
 
 }  // namespace
 
-SimpleDatabase::SimpleDatabase(const std::wstring& path) : SimpleDatabase(OpenRoot(path)) {}
+SimpleDatabase::SimpleDatabase(const std::wstring& path) : SimpleDatabase(OpenRoot(path)) {
+    m_path = path;
+}
 
 SimpleDatabase::SimpleDatabase(RefCntPtr<TableSpace> root) {
     const bool durable = dynamic_cast<DirectoryTableSpace*>(root.get()) != nullptr;
@@ -119,18 +116,6 @@ const std::wstring& SimpleDatabase::GetTempRoot() const {
 usrprops SimpleDatabase::GetProperties() const {
     std::lock_guard guard(m_impl->mutex);
     return m_impl->properties;
-}
-
-bool SimpleDatabase::IsPackaged() const {
-    return false;
-}
-
-void SimpleDatabase::PackageDatabase(const std::wstring&, ProgressCallback*) {
-    NoPackages("SimpleDatabase::PackageDatabase");
-}
-
-void SimpleDatabase::UnpackageDatabase(const std::wstring&, ProgressCallback*) {
-    NoPackages("SimpleDatabase::UnpackageDatabase");
 }
 
 void SimpleDatabase::CreateDatabase() {

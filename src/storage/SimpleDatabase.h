@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,8 +26,9 @@ public:
     static constexpr unsigned versionMajorSpatial = 2;
     static constexpr unsigned maxFileName = 127;
 
-    /// Opens the database at `path`, or prepares one; creates nothing. Finishes or takes back what a killed process
-    /// left unfinished. Throws QVE_RangeError 201 when the database is too new.
+    /// Opens the database at `path`, or prepares one; creates nothing. A file is a package, whose changes are lost with
+    /// the object. Finishes or takes back what a killed process left unfinished. Throws QVE_RangeError 201 when the
+    /// database is too new.
     explicit SimpleDatabase(const std::wstring& path);
     /// A database over a space: what lies there, or one to be made.
     explicit SimpleDatabase(RefCntPtr<TableSpace> root);
@@ -35,14 +37,16 @@ public:
     /// The text of `version-major`, empty when absent.
     std::wstring GetMajorVersion() const;
     const std::wstring& GetRoot() const override;
+    /// The path that was opened, also when what was written since lies elsewhere; empty for a space.
+    const std::wstring& GetPath() const { return m_path; }
     const std::wstring& GetTempRoot() const;
 
     void CreateDatabase() override;
     void DropDatabase(bool cascade) override;
     usrprops GetProperties() const override;
     bool IsPackaged() const override;
-    void PackageDatabase(const std::wstring& path, ProgressCallback* progress = nullptr) override;
-    void UnpackageDatabase(const std::wstring& path, ProgressCallback* progress = nullptr) override;
+    void PackageDatabase(const std::wstring& path, const RefCntPtr<ProgressCallback>& progress = nullptr) override;
+    void UnpackageDatabase(const std::wstring& path, const RefCntPtr<ProgressCallback>& progress = nullptr) override;
 
     RefCntPtr<TableSpace> GetTableSpace(const std::wstring& schema) override;
     bool HasTableSpace(const std::wstring& schema) const override;
@@ -95,6 +99,8 @@ public:
     void InvalidateCache();
 
 private:
+    /// Gives `copy` the files of the database, which nobody changes meanwhile.
+    void WithSnapshot(const std::function<void(const RefCntPtr<TableSpace>&)>& copy);
     /// Makes a stream the data or dictionary file of a column. The name of the new file; none when it is the present
     /// one's.
     std::optional<std::wstring> ReplaceFile(const std::wstring& column, const std::wstring& table,
@@ -103,6 +109,7 @@ private:
 
     class Impl;
     std::unique_ptr<Impl> m_impl;
+    std::wstring m_path;
 };
 
 }  // namespace qve

@@ -30,6 +30,7 @@ public:
     RefCntPtr<DataStream> open(const std::wstring& path, bool writable) override;
     void close(const std::wstring& path) override;
     void closeall() override;
+    const RefCntPtr<TableSpace>& GetBase() const { return m_base; }
     /// Makes a directory that exists here exist in the overlay too.
     virtual void mkdirw(const std::wstring& directory);
 

@@ -61,13 +61,30 @@ inline constexpr int SimpleDatabase_LoadCatalog = 40466;
 inline constexpr int SimpleDatabase_OpenColumn = 40467;
 inline constexpr int SimpleDatabase_ReplaceColumn = 40468;
 inline constexpr int SimpleDatabase_Transaction = 40469;
-inline constexpr int SimpleDatabase_packages = 40470;
 inline constexpr int SimpleDatabase_system = 40471;
 inline constexpr int SimpleDatabase_CreateTable_name = 40472;
 inline constexpr int ReadPropertyFile = 40473;
 inline constexpr int CatalogJournal_path = 40475;
 inline constexpr int DatabaseOwner_taken = 40474;
 inline constexpr int DatabaseSchema_GetTable = 40444;
+
+// Packages.
+inline constexpr int PackageCreate_exists = 40090;
+inline constexpr int PkgTableSpace_listdir = 40270;
+inline constexpr int PkgTableSpace_open = 40271;
+inline constexpr int ReadOnlyTableSpace_NotWritable = 40272;
+inline constexpr int PackageExpand_exists = 40273;
+inline constexpr int PackageOpen_name = 40274;
+inline constexpr int PackageOpen_depth = 40275;
+inline constexpr int PackageOpen_cut = 40276;
+inline constexpr int PackageOpen_directoryRest = 40277;
+inline constexpr int PackageOpen_fileRest = 40278;
+inline constexpr int PackageOpen_data = 40279;
+inline constexpr int PackageOpen_range = 40280;
+inline constexpr int PackageOpen_type = 40281;
+inline constexpr int PackageOpen_short = 40282;
+inline constexpr int PackageOpen_magic = 40283;
+inline constexpr int PackageOpen_version = 40284;
 
 // The database family.
 inline constexpr int DatabaseFamily_GetDatabase = 49000;

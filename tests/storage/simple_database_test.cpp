@@ -339,7 +339,7 @@ TEST_F(DatabaseFileTest, VersionsAboveTwoAreRefused) {
         EXPECT_EQ(fault.GetText(), "3");
     }
     std::ofstream(Path::utf8path(In(L"file"))) << "not a database";
-    EXPECT_EQ(StatusOf([&] { SimpleDatabase refused(In(L"file")); }), status::SimpleDatabase_packages);
+    EXPECT_EQ(StatusOf([&] { SimpleDatabase refused(In(L"file")); }), status::PackageOpen_short);
 }
 
 TEST_F(DatabaseFileTest, AnOverlayLeavesTheDatabaseAlone) {

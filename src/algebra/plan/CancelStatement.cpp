@@ -9,6 +9,7 @@
 #include "commands/CreateTable.h"
 #include "commands/Insert.h"
 #include "ingest/BinaryScan.h"
+#include "commands/PackageDatabase.h"
 #include "ingest/TextScan.h"
 #include "system/ProgressCallback.h"
 
@@ -45,6 +46,10 @@ void CancelStatement::VisitJoin(Join& flow) {
 void CancelStatement::VisitOrder(Order& table) {
     OperatorVisitorImpl::VisitOrder(table);
     if (const RefCntPtr<ProgressCallback>& progress = table.GetProgressCallback()) progress->SetCancelled();
+}
+
+void CancelStatement::VisitPackageDatabase(PackageDatabase& statement) {
+    statement.GetProgressCallback()->SetCancelled();
 }
 
 void CancelStatement::VisitScan(Scan& flow) {

@@ -19,6 +19,7 @@ public:
     void VisitInsert(Insert& statement) override;
     void VisitJoin(Join& flow) override;
     void VisitOrder(Order& table) override;
+    void VisitPackageDatabase(PackageDatabase& statement) override;
     void VisitScan(Scan& flow) override;
     void VisitTextScan(TextScan& flow) override;
     void VisitTopN(TopN& table) override;

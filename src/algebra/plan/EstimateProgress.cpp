@@ -13,6 +13,7 @@
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
 #include "ingest/BinaryScan.h"
+#include "commands/PackageDatabase.h"
 #include "ingest/TextScan.h"
 #include "types/datatraits.h"
 
@@ -48,6 +49,12 @@ EstimateProgress::Estimate EstimateProgress::Pop() {
 void EstimateProgress::VisitLeafTable(LeafTable& table) {
     const uint64_t rows = table.IsCounted() ? table.GetCount() : unknown;
     Push({.first = rows, .last = rows});
+}
+
+void EstimateProgress::VisitPackageDatabase(PackageDatabase& statement) {
+    Estimate files;
+    statement.GetProgressCallback()->GetProgress(files.first, files.last, files.done, files.total);
+    Push(files);
 }
 
 void EstimateProgress::VisitScan(Scan& flow) {

@@ -33,6 +33,7 @@ public:
     void VisitLeafTable(LeafTable& table) override;
     void VisitOrdAggr(OrdAggr& flow) override;
     void VisitOrder(Order& table) override;
+    void VisitPackageDatabase(PackageDatabase& statement) override;
     void VisitScan(Scan& flow) override;
     void VisitSelect(Select& flow) override;
     void VisitTextScan(TextScan& flow) override;

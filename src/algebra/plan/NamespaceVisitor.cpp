@@ -26,6 +26,7 @@
 #include "commands/DropSchema.h"
 #include "commands/DropTable.h"
 #include "commands/Insert.h"
+#include "commands/PackageDatabase.h"
 #include "commands/ShowCollations.h"
 #include "commands/ShowDatabase.h"
 #include "commands/ShowDatabases.h"
@@ -217,8 +218,8 @@ void NamespaceVisitor::VisitLookup(Lookup& flow) {
     VisitNamespace(flow);
 }
 
-void NamespaceVisitor::VisitPackageDatabase(PackageDatabase&) {
-    throw_absent_operator("PackageDatabase");
+void NamespaceVisitor::VisitPackageDatabase(PackageDatabase& statement) {
+    VisitNamespace(statement);
 }
 
 void NamespaceVisitor::VisitPartitionRestart(PartitionRestart&) {

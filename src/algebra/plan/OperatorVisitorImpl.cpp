@@ -95,6 +95,8 @@ void OperatorVisitorImpl::VisitDropTable(DropTable&) {}
 
 void OperatorVisitorImpl::VisitInsert(Insert&) {}
 
+void OperatorVisitorImpl::VisitPackageDatabase(PackageDatabase&) {}
+
 void OperatorVisitorImpl::VisitShowCollations(ShowCollations&) {}
 
 void OperatorVisitorImpl::VisitShowDatabase(ShowDatabase&) {}
@@ -153,10 +155,6 @@ void OperatorVisitorImpl::VisitIndexJoin(IndexJoin&) {
 
 void OperatorVisitorImpl::VisitLookup(Lookup& flow) {
     VisitJoin(flow);
-}
-
-void OperatorVisitorImpl::VisitPackageDatabase(PackageDatabase&) {
-    throw_absent_operator("PackageDatabase");
 }
 
 void OperatorVisitorImpl::VisitPartitionRestart(PartitionRestart&) {

@@ -3,6 +3,7 @@
 #include "algebra/DataFlow.h"
 #include "algebra/FlowTable.h"
 #include "commands/ConnectOperator.h"
+#include "commands/PackageDatabase.h"
 #include "metrics/Scope.h"
 #include "os/Path.h"
 #include "os/Timer.h"
@@ -96,8 +97,8 @@ VQLSession::Handler VQLSession::FindCommand(const RefCntPtr<VQLNode>& node) {
         {L"create", &VQLSession::ExecCreate},
         {L"drop", &VQLSession::ExecDrop},
         {L"insert", &VQLSession::ExecInsert},
-        {L"package", &VQLSession::ExecNotSupported},
-        {L"unpackage", &VQLSession::ExecNotSupported},
+        {L"package", &VQLSession::ExecPackage},
+        {L"unpackage", &VQLSession::ExecUnpackage},
         {L"show", &VQLSession::ExecShow},
         {L"describe", &VQLSession::ExecDescribe},
         {L"explain", &VQLSession::ExecExplain},
@@ -153,6 +154,29 @@ RefCntPtr<Namespace> VQLSession::ExecConnect(const VQLCommandArguments& args) {
     SelectDatabase(MakeRef<SimpleDatabase>(path));
     Message(path);
     return MakeRef<ConnectOperator>();
+}
+
+RefCntPtr<Namespace> VQLSession::ExecPackage(const VQLCommandArguments& args) {
+    return ExecPackage2(true, args);
+}
+
+RefCntPtr<Namespace> VQLSession::ExecUnpackage(const VQLCommandArguments& args) {
+    return ExecPackage2(false, args);
+}
+
+RefCntPtr<Namespace> VQLSession::ExecPackage2(bool packaging, const VQLCommandArguments& args) {
+    const RefCntPtr<Database> database = m_databases.GetDefaultDatabase();
+    if (!database) args.Raise(1, L"No current database");
+    if (args.size() != 2) throw VQLException(status::VQLSession_PackageArguments, L"bad arguments");
+    std::wstring path;
+    if (!args.Symbol(1) || *args.Symbol(1) != L"in-place") {
+        if (!args.Literal(1)) throw VQLException(status::VQLSession_PackageLiteral, L"bad arguments");
+        if (!args.String(1)) throw VQLException(status::VQLSession_PackageString, L"bad arguments");
+        path = m_databases.ResolveDatabasePath(*args.String(1));
+        if (Path::exists(path)) args.Raise(1, L"Path already exists.");
+    }
+    return MakeRef<PackageDatabase>(database, packaging, path,
+                                    [this](RefCntPtr<Database> converted) { SelectDatabase(std::move(converted)); });
 }
 
 void VQLSession::SelectDatabase(RefCntPtr<Database> database) {

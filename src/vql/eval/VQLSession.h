@@ -63,6 +63,10 @@ private:
     RefCntPtr<Namespace> ExecCreate(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDrop(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecInsert(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecPackage(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecUnpackage(const VQLCommandArguments& args);
+    /// To a path, or in place with the word "in-place".
+    RefCntPtr<Namespace> ExecPackage2(bool packaging, const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecShow(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDescribe(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecExplain(const VQLCommandArguments& args);
