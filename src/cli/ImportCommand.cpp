@@ -122,8 +122,8 @@ std::string ImportCommand::TextQuery(const std::string& file) const {
 
 void ImportCommand::Load(Session& session) {
     std::string query = TextQuery(m_files.front());
-    for (std::size_t i = 1; i < m_files.size(); ++i)
-        query = fmt::format("(append {} {})", query, TextQuery(m_files[i]));
+    for (std::size_t i = 1; i < m_files.size(); ++i) query += " " + TextQuery(m_files[i]) + " ()";
+    if (m_files.size() > 1) query = "(append " + query + ")";
     m_statement = fmt::format("(create table-from-query {} {})", m_table.Quote(), query);
     TextRows nothing;
     ProgressBar bar;

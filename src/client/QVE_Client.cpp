@@ -375,6 +375,75 @@ void QVE_Client::InsertClose(std::uint64_t insert) {
     RequestNothing(QVE_Command::InsertClose, [&](QVE_OutputIterator& out) { out.WriteGuid(insert); });
 }
 
+std::uint64_t QVE_Client::DatabaseUploadOpen(std::string_view path) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::DatabaseUploadOpen, [&](QVE_OutputIterator& out) { out.WriteString(path); }, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    return in.ReadGuid();
+}
+
+void QVE_Client::UploadSetSize(std::uint64_t upload, std::uint64_t size) {
+    RequestNothing(QVE_Command::UploadSetSize, [&](QVE_OutputIterator& out) {
+        out.WriteGuid(upload);
+        out.WriteU64(size);
+    });
+}
+
+void QVE_Client::UploadSend(std::uint64_t upload, const void* bytes, std::uint32_t count) {
+    RequestNothing(QVE_Command::UploadSend, [&](QVE_OutputIterator& out) {
+        out.WriteGuid(upload);
+        out.WriteBytes(count, bytes);
+    });
+}
+
+void QVE_Client::UploadCommit(std::uint64_t upload) {
+    RequestNothing(QVE_Command::UploadCommit, [&](QVE_OutputIterator& out) { out.WriteGuid(upload); });
+}
+
+void QVE_Client::UploadClose(std::uint64_t upload) {
+    RequestNothing(QVE_Command::UploadClose, [&](QVE_OutputIterator& out) { out.WriteGuid(upload); });
+}
+
+QVE_Client::Download QVE_Client::DatabaseDownloadOpen(std::string_view path) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::DatabaseDownloadOpen, [&](QVE_OutputIterator& out) { out.WriteString(path); }, reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    Download download;
+    download.guid = in.ReadGuid();
+    download.size = in.ReadU64();
+    return download;
+}
+
+std::size_t QVE_Client::DownloadRecv(std::uint64_t download, void* bytes, std::uint32_t count) {
+    std::lock_guard lock(m_mutex);
+    QVE_Message reply;
+    Request(
+        QVE_Command::DownloadRecv,
+        [&](QVE_OutputIterator& out) {
+            out.WriteGuid(download);
+            out.WriteU32(count);
+        },
+        reply);
+    QVE_InputIterator in(reply);
+    ReadStatus(in);
+    const std::string_view received = in.ReadBytes();
+    if (received.size() > count) {
+        throw QVE_RuntimeError(status::QVE_InputIterator_Overrun, "DownloadRecv: more bytes than were asked for");
+    }
+    std::memcpy(bytes, received.data(), received.size());
+    return received.size();
+}
+
+void QVE_Client::DownloadClose(std::uint64_t download) {
+    RequestNothing(QVE_Command::DownloadClose, [&](QVE_OutputIterator& out) { out.WriteGuid(download); });
+}
+
 void QVE_Client::PostErrorInfo(int status, std::vector<std::string> texts) {
     std::lock_guard lock(m_errorMutex);
     m_errorInfo = {status, std::move(texts)};

@@ -83,6 +83,23 @@ public:
     void InsertCommit(std::uint64_t insert);
     /// Rolls back what was not committed.
     void InsertClose(std::uint64_t insert);
+    /// Begins to send a database file to a path of the server; gives the guid of the upload.
+    std::uint64_t DatabaseUploadOpen(std::string_view path);
+    /// How many bytes will be sent in all.
+    void UploadSetSize(std::uint64_t upload, std::uint64_t size);
+    void UploadSend(std::uint64_t upload, const void* bytes, std::uint32_t count);
+    /// The file is on the server's disk then. Throws 40437 when it has another size.
+    void UploadCommit(std::uint64_t upload);
+    void UploadClose(std::uint64_t upload);
+    /// A database file of the server, and its size.
+    struct Download {
+        std::uint64_t guid = 0;
+        std::uint64_t size = 0;
+    };
+    Download DatabaseDownloadOpen(std::string_view path);
+    /// Copies the next bytes of the file to `bytes`, at most `count`; gives how many. Throws 40415 at the end.
+    std::size_t DownloadRecv(std::uint64_t download, void* bytes, std::uint32_t count);
+    void DownloadClose(std::uint64_t download);
 
     /// Replaces the posted error texts, for QVE_GetErrorInfo.
     void PostErrorInfo(int status, std::vector<std::string> texts);

@@ -4,7 +4,7 @@
  * Every function gives a status: 0 is success. Other numbers are those of the server or of this library; the texts that
  * belong to them are kept with the connection (QVE_GetErrorInfo) or the server process, until its next call that fails.
  * Texts are UTF-8 and end with a NUL. Handles are closed by their Close function; closing a null handle is allowed. A
- * statement, rowset or value array may be closed after its connection was.
+ * statement, rowset, value array or transfer may be closed after its connection was.
  *
  * A connection serves one call at a time: calls from several threads wait for each other. Only QVE_StatementCancel and
  * QVE_StatementEstimateProgress do not wait. For work in parallel open several connections.
@@ -41,6 +41,8 @@ typedef struct QVE_Statement QVE_Statement;
 typedef struct QVE_Rowset QVE_Rowset;
 typedef struct QVE_Insert QVE_Insert;
 typedef struct QVE_ValueArray QVE_ValueArray;
+typedef struct QVE_Upload QVE_Upload;
+typedef struct QVE_Download QVE_Download;
 typedef struct QVE_Properties QVE_Properties;
 typedef struct QVE_ErrorInfo QVE_ErrorInfo;
 
@@ -218,6 +220,26 @@ QVE_API QVE_Status QVE_InsertPutValueArray(QVE_Insert* insert, QVE_ValueArray* a
 QVE_API QVE_Status QVE_InsertCommit(QVE_Insert* insert);
 /* Drops what was not committed. */
 QVE_API QVE_Status QVE_InsertClose(QVE_Insert* insert);
+
+/* ---- Whole databases as package files. ---- */
+
+/* Begins to send a file to a path of the server, where no database may lie. */
+QVE_API QVE_Status QVE_DatabaseUploadOpen(QVE_Connection* connection, const char* path, QVE_Upload** upload);
+/* How many bytes will be sent in all; to be told before the commit. */
+QVE_API QVE_Status QVE_UploadSetSize(QVE_Upload* upload, uint64_t size);
+/* Sends the next bytes. Some mebibytes at a time go fastest. */
+QVE_API QVE_Status QVE_UploadSend(QVE_Upload* upload, const void* bytes, uint32_t count);
+/* Ends the upload: the file is on the server's disk then. 40437: it has another size than was told, and is removed. */
+QVE_API QVE_Status QVE_UploadCommit(QVE_Upload* upload);
+/* Frees the handle. What was sent and not committed stays at the path, and the next upload takes its place. */
+QVE_API QVE_Status QVE_UploadClose(QVE_Upload* upload);
+
+/* Opens a file of the server. */
+QVE_API QVE_Status QVE_DatabaseDownloadOpen(QVE_Connection* connection, const char* path, QVE_Download** download);
+QVE_API QVE_Status QVE_DownloadGetSize(QVE_Download* download, uint64_t* size);
+/* Gives the next bytes, at most `max_bytes`, and how many there are. 40415: all of them were given already. */
+QVE_API QVE_Status QVE_DownloadRecv(QVE_Download* download, uint32_t max_bytes, void* bytes, uint32_t* count);
+QVE_API QVE_Status QVE_DownloadClose(QVE_Download* download);
 
 /* ---- Errors. ---- */
 

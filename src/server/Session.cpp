@@ -7,11 +7,13 @@
 
 #include "commands/ShowVirtualTable.h"
 #include "metrics/Scope.h"
+#include "server/Download.h"
 #include "server/Insert.h"
 #include "server/Rowset.h"
 #include "server/RuntimeQueryStatsCollector.h"
 #include "server/SessionPool.h"
 #include "server/SessionTableFactory.h"
+#include "server/Upload.h"
 #include "server/error_reply.h"
 #include "server/protocol/QVE_InputIterator.h"
 #include "server/protocol/QVE_OutputIterator.h"
@@ -81,14 +83,21 @@ void Session::Call(QVE_Command command, QVE_InputIterator& in, QVE_Message& repl
         case QVE_Command::InsertClose:
             return InsertClose(in, reply);
         case QVE_Command::DatabaseUploadOpen:
+            return DatabaseUploadOpen(in, reply);
         case QVE_Command::UploadSetSize:
+            return UploadSetSize(in, reply);
         case QVE_Command::UploadSend:
+            return UploadSend(in, reply);
         case QVE_Command::UploadCommit:
+            return UploadCommit(in, reply);
         case QVE_Command::UploadClose:
+            return UploadClose(in, reply);
         case QVE_Command::DatabaseDownloadOpen:
+            return DatabaseDownloadOpen(in, reply);
         case QVE_Command::DownloadRecv:
+            return DownloadRecv(in, reply);
         case QVE_Command::DownloadClose:
-            return NotSupported(command, reply);
+            return DownloadClose(in, reply);
         default:
             throw QVE_RangeError(status::Session_Dispatch, "Protocol Error: invalid command");
     }
@@ -199,12 +208,6 @@ std::string Session::ProcessRuntimeQueryStats(const Statement::Timers& timers) c
     m_pool->GetQueryStats().AddQueryStats(timers.compile, timers.execute);
     return fmt::format(", Elapsed time:{}s, Compilation time:{}s, Execution time:{}s\n", timers.elapse, timers.compile,
                        timers.execute);
-}
-
-void Session::NotSupported(QVE_Command command, QVE_Message& reply) {
-    MakeErrorReply(QVE_RuntimeError(status::Session_NotSupported,
-                                    std::string(QVE_CommandName(command)) + ": not supported by this server"),
-                   reply);
 }
 
 }  // namespace qve::Server

@@ -27,9 +27,11 @@ class Scope;
 
 namespace qve::Server {
 
+class Download;
 class Insert;
 class Rowset;
 class SessionPool;
+class Upload;
 
 /// The state of one logical client: its current database, its statements and rowsets. Requests of a session run one
 /// after the other; only StatementCancel runs beside another request.
@@ -82,13 +84,24 @@ private:
     void InsertPutValues(QVE_InputIterator& in, QVE_Message& reply);
     void InsertCommit(QVE_InputIterator& in, QVE_Message& reply);
     void InsertClose(QVE_InputIterator& in, QVE_Message& reply);
-    void NotSupported(QVE_Command command, QVE_Message& reply);
+    void DatabaseUploadOpen(QVE_InputIterator& in, QVE_Message& reply);
+    void UploadSetSize(QVE_InputIterator& in, QVE_Message& reply);
+    void UploadSend(QVE_InputIterator& in, QVE_Message& reply);
+    void UploadCommit(QVE_InputIterator& in, QVE_Message& reply);
+    void UploadClose(QVE_InputIterator& in, QVE_Message& reply);
+    void DatabaseDownloadOpen(QVE_InputIterator& in, QVE_Message& reply);
+    void DownloadRecv(QVE_InputIterator& in, QVE_Message& reply);
+    void DownloadClose(QVE_InputIterator& in, QVE_Message& reply);
 
     std::uint64_t AllocateGuid() { return m_nextGuid++; }
     RefCntPtr<Statement> MakeStatement() const;
     RefCntPtr<Statement> GetStatement(std::uint64_t guid) const;
     const OpenRowset& GetRowset(std::uint64_t guid) const;
     const RefCntPtr<Insert>& GetInsert(std::uint64_t guid) const;
+    Upload& GetUpload(std::uint64_t guid) const;
+    Download& GetDownload(std::uint64_t guid) const;
+    /// Where a file that a client names lies, within the access path.
+    std::wstring ResolveTransferPath(const std::wstring& path, const wchar_t* command) const;
     /// The guid after the session's own in a request. Throws QVE_RuntimeError with the status for another session's.
     std::uint64_t ReadStatementGuid(QVE_InputIterator& in, const char* handler, int status) const;
     /// Keeps the rowset, which may be null, and writes the block that describes it. Gives its guid, 0 for null.
@@ -111,6 +124,8 @@ private:
     RefCntPtr<Database> m_database;
     std::map<std::uint64_t, OpenRowset> m_rowsets;
     std::map<std::uint64_t, RefCntPtr<Insert>> m_inserts;
+    std::map<std::uint64_t, RefCntPtr<Upload>> m_uploads;
+    std::map<std::uint64_t, RefCntPtr<Download>> m_downloads;
 
     mutable std::mutex m_statementsMutex;  // a cancel looks its statement up beside the running request
     std::unordered_map<std::uint64_t, RefCntPtr<Statement>> m_statements;

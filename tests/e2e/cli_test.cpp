@@ -106,6 +106,18 @@ TEST_F(QveProgram, ImportsCompressedTextOrNothing) {
               "SCHEMAS_NAME\nSYS\nmain\nTEMP\n");
 }
 
+TEST_F(QveProgram, ImportsSeveralFilesIntoOneTable) {
+    std::ofstream(m_path / "b.csv") << "x,id,note\n2.5,300000,last\n";
+    Gzip("b.csv", "b.csv.gz");
+    const Outcome import = In("QVE import a.csv b.csv b.csv.gz --into db --table sale");
+    EXPECT_EQ(import.status, 0) << import.output;
+    EXPECT_NE(import.output.find("300,002 rows and 3 columns in main.sale"), std::string::npos) << import.output;
+    EXPECT_EQ(In("QVE export --from db '(select (table [main].[sale]) (= [id] 300000))'").output,
+              "id,note,x\n300000,last,2.5\n300000,last,2.5\n");
+    EXPECT_EQ(In("QVE import a.csv none.csv --into other --table sale").status, 1);
+    EXPECT_FALSE(std::filesystem::exists(m_path / "other"));
+}
+
 TEST_F(QveProgram, SaysWhatIsWrongWithTheCommandLine) {
     EXPECT_EQ(In("QVE import a.csv --into db --table a.b.c").status, 1);
     EXPECT_EQ(In("QVE export --from db").status, 1);

@@ -306,7 +306,7 @@ TEST(Connection, AnswersBadRequestsOfASessionAndGoesOn) {
     });
     EXPECT_EQ(client.Status(), status::Session_StatementPrepare);
     client.SendCommand(guid, QVE_Command::DatabaseUploadOpen);
-    EXPECT_EQ(client.Status(), status::Session_NotSupported);
+    EXPECT_EQ(client.Status(), status::QVE_InputIterator_Overrun);
     client.SendCommand(guid, QVE_Command::StatementOpen);
     EXPECT_EQ(client.Status(), 0);
 }

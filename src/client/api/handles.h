@@ -49,6 +49,16 @@ struct QVE_ValueArray {
     qve::QVE_ValueArray values;
 };
 
+struct QVE_Upload {
+    qve::RefCntPtr<qve::QVE_Client> client;
+    std::uint64_t guid = 0;
+};
+
+struct QVE_Download {
+    qve::RefCntPtr<qve::QVE_Client> client;
+    qve::QVE_Client::Download download;
+};
+
 struct QVE_Properties {
     qve::QVE_PropertyList list;
 };
