@@ -2,7 +2,7 @@
 
 namespace qve::status {
 
-inline constexpr int NormaliseWide_Check = 40267;
-inline constexpr int NormaliseWide_Normalise = 40268;
+inline constexpr int NormaliseWide_Check = 40406;
+inline constexpr int NormaliseWide_Normalise = 40407;
 
 }  // namespace qve::status

@@ -14,6 +14,7 @@
 #include "server/protocol/QVE_InputIterator.h"
 #include "server/protocol/QVE_OutputIterator.h"
 #include "server/protocol/QVE_ReceiveMessage.h"
+#include "server/protocol/status.h"
 #include "server/status.h"
 #include "tests/server/test_server.h"
 
