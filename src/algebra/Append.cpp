@@ -37,11 +37,11 @@ Append::Append(RefCntPtr<DataFlow> outer, std::vector<RefCntPtr<DataFlow>> inner
       m_inners(std::move(inners)),
       m_renames(std::move(renames)) {
     for (const auto& entry : m_columns) {
-        std::vector<std::wstring> sources{entry.first};
+        std::vector<Appender::Input> inputs{{m_source.get(), entry.first}};
         for (size_t i = 0; i < m_inners.size(); ++i) {
-            sources.push_back(SourceOf(entry.first, *m_inners[i], m_renames[i]));
+            inputs.push_back({m_inners[i].get(), SourceOf(entry.first, *m_inners[i], m_renames[i])});
         }
-        m_appenders.emplace(entry.first, std::make_unique<Appender>(entry.first, *this, std::move(sources)));
+        m_appenders.emplace(entry.first, std::make_unique<Appender>(entry.first, std::move(inputs)));
     }
 }
 
@@ -51,12 +51,12 @@ void Append::Accept(OperatorVisitor& visitor) {
     visitor.VisitAppend(*this);
 }
 
-Append::Appender& Append::GetAppender(const std::wstring& name) const {
+Appender& Append::GetAppender(const std::wstring& name) const {
     return *m_appenders.at(name);
 }
 
 RefCntPtr<Column> Append::LoadColumn(const std::wstring& name) const {
-    return GetAppender(name).Load(*this);
+    return GetAppender(name).Load();
 }
 
 RefCntPtr<Column> Append::LookupColumn(const std::wstring& name) const {
@@ -96,7 +96,7 @@ unsigned Append::Next(unsigned pageSize) {
         m_selection = input.GetSelection();
         m_selectionCount = input.GetSelectionCount();
         for (Appender* appender : m_loaded) {
-            appender->Evaluate(current, m_selectionCount, m_extent, m_selection, input);
+            appender->Evaluate(current, m_selectionCount, m_extent, m_selection);
         }
         m_cursor.store(m_previousCursor + m_extent, std::memory_order_relaxed);
         return m_extent;

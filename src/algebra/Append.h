@@ -10,6 +10,8 @@
 
 namespace qve {
 
+class Appender;
+
 /// The rows of several flows, one flow after the other. A page is a page of the input that is being read, with its
 /// selection; its cells are brought to the types and dictionaries of the output.
 ///
@@ -44,8 +46,6 @@ public:
     static void SetUseHeapMerger(bool use) { s_useHeapMerger.store(use, std::memory_order_relaxed); }
 
 private:
-    class Appender;
-
     const RefCntPtr<DataFlow>& Input(size_t index) const { return index == 0 ? m_source : m_inners[index - 1]; }
     size_t InputCount() const { return m_inners.size() + 1; }
     Appender& GetAppender(const std::wstring& name) const;

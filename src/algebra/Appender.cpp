@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "algebra/Append.h"
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/ConstantExp.h"
@@ -53,18 +54,19 @@ bool SameDictionary(const Column& a, const Column& b) {
 
 }  // namespace
 
-Append::Appender::Appender(std::wstring name, const Append& append, std::vector<std::wstring> sources)
-    : m_name(std::move(name)) {
+Appender::Appender(std::wstring name, std::vector<Input> inputs) : m_name(std::move(name)) {
     std::vector<RefCntPtr<Column>> columns;
-    for (size_t i = 0; i < sources.size(); ++i) columns.push_back(append.Input(i)->DescribeColumn(sources[i]));
+    for (const Input& input : inputs) columns.push_back(input.flow->DescribeColumn(input.column));
     const usrtype& type = *ReconcileTypes(columns);
     m_description = MakeRef<Column>(ReconcileProperties(type, columns));
-    for (size_t i = 0; i < sources.size(); ++i) m_sources.push_back({Widen(sources[i], *columns[i], type), nullptr});
+    for (size_t i = 0; i < inputs.size(); ++i) {
+        m_sources.push_back({inputs[i].flow, Widen(inputs[i].column, *columns[i], type), nullptr});
+    }
 }
 
-Append::Appender::~Appender() = default;
+Appender::~Appender() = default;
 
-const usrtype* Append::Appender::ReconcileTypes(const std::vector<RefCntPtr<Column>>& columns) const {
+const usrtype* Appender::ReconcileTypes(const std::vector<RefCntPtr<Column>>& columns) const {
     const usrtype* common = columns[0]->GetType();
     for (const RefCntPtr<Column>& column : columns) {
         const usrtype* other = column->GetType();
@@ -85,8 +87,7 @@ const usrtype* Append::Appender::ReconcileTypes(const std::vector<RefCntPtr<Colu
 }
 
 // Only what stays true when rows are added.
-usrprops Append::Appender::ReconcileProperties(const usrtype& type,
-                                               const std::vector<RefCntPtr<Column>>& columns) const {
+usrprops Appender::ReconcileProperties(const usrtype& type, const std::vector<RefCntPtr<Column>>& columns) const {
     const usrprops& outer = columns[0]->GetProperties();
     usrprops properties = type.properties();
     properties.set(usrpropkey::name, m_name);
@@ -106,14 +107,14 @@ usrprops Append::Appender::ReconcileProperties(const usrtype& type,
     return properties;
 }
 
-RefCntPtr<Exp> Append::Appender::Widen(const std::wstring& name, const Column& column, const usrtype& type) {
+RefCntPtr<Exp> Appender::Widen(const std::wstring& name, const Column& column, const usrtype& type) {
     RefCntPtr<Exp> exp = MakeRef<ColumnExp>(name);
     if (column.GetType() == &type) return exp;
     if (type.fixed()) return MakeRef<CastExp>(name, exp, MakeRef<ConstantExp>(type.null()));
     return column.GetType()->fixed() ? MakeRef<MapUnaryExp>(name, L"to_str", exp, false) : exp;
 }
 
-bool Append::Appender::SharesDictionary() const {
+bool Appender::SharesDictionary() const {
     const Column& first = *m_sources[0].exp->GetColumn();
     if (first.GetType() != m_description->GetType()) return false;
     return std::all_of(m_sources.begin(), m_sources.end(), [&](const Source& source) {
@@ -122,9 +123,9 @@ bool Append::Appender::SharesDictionary() const {
     });
 }
 
-RefCntPtr<Column> Append::Appender::Load(const Append& append) {
+RefCntPtr<Column> Appender::Load() {
     if (m_target) return m_target;
-    for (size_t i = 0; i < m_sources.size(); ++i) m_sources[i].exp->AllocateColumn(append.Input(i).get());
+    for (const Source& source : m_sources) source.exp->AllocateColumn(source.flow);
     usrprops properties = m_description->GetProperties();
     RefCntPtr<DataStream> dictionary;
     if (m_description->IsCompressed()) {
@@ -137,7 +138,7 @@ RefCntPtr<Column> Append::Appender::Load(const Append& append) {
                 properties.erase(key);
                 if (const std::wstring* kept = first.GetProperties().get(key)) properties.set(key, *kept);
             }
-        } else if (GetUseHeapMerger()) {
+        } else if (Append::GetUseHeapMerger()) {
             for (Source& source : m_sources) source.translator = std::make_unique<TokenTranslator>(8);
         }
     }
@@ -145,10 +146,9 @@ RefCntPtr<Column> Append::Appender::Load(const Append& append) {
     return m_target;
 }
 
-void Append::Appender::Evaluate(size_t index, unsigned count, unsigned extent, const unsigned* selection,
-                                const DataFlow& input) {
+void Appender::Evaluate(size_t index, unsigned count, unsigned extent, const unsigned* selection) {
     const Source& source = m_sources[index];
-    source.exp->Evaluate(count, extent, selection, &input);
+    source.exp->Evaluate(count, extent, selection, source.flow);
     const Column& from = *source.exp->GetColumn();
     const input_column in = source.exp->GetResult();
     const output_column out = reserve_page(*m_target, extent);
@@ -167,8 +167,8 @@ void Append::Appender::Evaluate(size_t index, unsigned count, unsigned extent, c
     *out.flags = static_cast<unsigned char>(m_target->HasProperty(usrpropkey::not_null) ? column_flags::not_null : 0);
 }
 
-void Append::Appender::CopyValues(unsigned count, const unsigned* selection, const Column& from, const input_column& in,
-                                  const output_column& out) const {
+void Appender::CopyValues(unsigned count, const unsigned* selection, const Column& from, const input_column& in,
+                          const output_column& out) const {
     const bool single = from.GetStorageName() == Column::storageVal;
     usratom value;
     for (unsigned k = 0; k < count; ++k) {

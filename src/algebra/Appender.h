@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "algebra/Append.h"
+#include "algebra/DataFlow.h"
 #include "types/input_column.h"
 #include "types/output_column.h"
 #include "types/usrprops.h"
@@ -15,23 +15,30 @@ class Exp;
 class TokenTranslator;
 class usrtype;
 
-/// One column of the output of an Append: what brings the cells of each input to its type and dictionary.
-class Append::Appender {
+/// A column made of pages of several others: what brings the cells of each to one type and dictionary.
+class Appender {
 public:
-    /// The column `name` made of the column `sources[i]` of input i. Throws (status::Append_types).
-    Appender(std::wstring name, const Append& append, std::vector<std::wstring> sources);
+    /// One of the columns it is made of; the flow outlives the appender.
+    struct Input {
+        const DataFlow* flow;
+        std::wstring column;
+    };
+
+    /// The column `name`, of the type that all inputs widen to. Throws (status::Append_types).
+    Appender(std::wstring name, std::vector<Input> inputs);
     ~Appender();
 
     /// What is known without loading anything.
     const RefCntPtr<Column>& Describe() const { return m_description; }
     /// Binds to the columns of all inputs, when first called. The page of the result begins at its row 0.
-    RefCntPtr<Column> Load(const Append& append);
+    RefCntPtr<Column> Load();
     /// Brings the page of input `index` over: `count` rows by `selection`, or all of its `extent` rows.
-    void Evaluate(size_t index, unsigned count, unsigned extent, const unsigned* selection, const DataFlow& input);
+    void Evaluate(size_t index, unsigned count, unsigned extent, const unsigned* selection);
 
 private:
     /// The column of one input.
     struct Source {
+        const DataFlow* flow;
         RefCntPtr<Exp> exp;
         std::unique_ptr<TokenTranslator> translator;
     };

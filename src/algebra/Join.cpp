@@ -11,24 +11,17 @@
 
 namespace qve {
 
-namespace {
-
-// Rows of the pages in which the inner table is built: what each page costs counts for less then.
-constexpr unsigned buildRows = 8192;
-
-ColumnNames OutputNames(const DataFlow& outer, const Join::NamePairs& imports) {
+ColumnNames Join::OutputNames(const Namespace& outer, const NamePairs& imports) {
     ColumnNames names = outer.GetColumnNames();
     for (const auto& [inner, name] : imports) names.insert(name);
     return names;
 }
 
-const std::wstring* InnerName(const Join::NamePairs& imports, const std::wstring& name) {
+const std::wstring* Join::InnerName(const NamePairs& imports, const std::wstring& name) {
     const auto found =
         std::find_if(imports.begin(), imports.end(), [&](const auto& pair) { return pair.second == name; });
     return found == imports.end() ? nullptr : &found->first;
 }
-
-}  // namespace
 
 std::wstring Join::JoinTypeToStr(JoinType type) {
     switch (type) {

@@ -27,6 +27,13 @@ public:
     /// "InnerJoin", "LeftJoin", "RightJoin", "FullJoin", and "UnknownJoin" for anything else.
     static std::wstring JoinTypeToStr(JoinType type);
 
+    /// Rows of the pages in which an inner table is built, at least: what each page costs counts for less then.
+    static constexpr unsigned buildRows = 8192;
+    /// The columns of a flow and of what is imported beside it.
+    static ColumnNames OutputNames(const Namespace& outer, const NamePairs& imports);
+    /// The inner column that is imported as `name`; null when there is none.
+    static const std::wstring* InnerName(const NamePairs& imports, const std::wstring& name);
+
     /// `keys` are pairs of an outer and an inner column that must be equal; without any, all rows match. `imports` are
     /// pairs of an inner column and its name in the output, where it takes the place of an outer column of that name.
     /// `nullsMatch` says whether two null keys are equal. A left and a full join keep outer rows without a match, with

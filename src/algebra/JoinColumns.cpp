@@ -60,8 +60,9 @@ usrprops JoinColumns::DescribeInner(const Column& inner, const std::wstring& nam
     return properties;
 }
 
-RefCntPtr<Column> JoinColumns::AddOuter(RefCntPtr<Column> source) {
+RefCntPtr<Column> JoinColumns::AddOuter(RefCntPtr<Column> source, const std::wstring* name) {
     auto shown = MakeRef<Column>(DescribeOuter(*source), nullptr, source->GetDict());
+    if (name) shown->SetName(*name);
     m_outer.push_back({std::move(source), shown, nullptr, nullptr});
     if (m_outer.back().source->GetData()) Pass(m_outer.back());
     return shown;

@@ -28,8 +28,8 @@ public:
     usrprops DescribeOuter(const Column& source) const;
     usrprops DescribeInner(const Column& inner, const std::wstring& name) const;
 
-    /// The column to show for a column of the outer flow.
-    RefCntPtr<Column> AddOuter(RefCntPtr<Column> source);
+    /// The column to show for a column of the outer flow, under another name if there is one.
+    RefCntPtr<Column> AddOuter(RefCntPtr<Column> source, const std::wstring* name = nullptr);
     /// The column to show for a column of the inner table.
     RefCntPtr<Column> AddInner(RefCntPtr<Column> inner, const std::wstring& name);
 

@@ -50,6 +50,16 @@ public:
         return MakeRef<VQLPivotQuery>(query.GetPosition(), Clone(query.GetInput()), tags, std::move(groups),
                                       query.DefaultCollation());
     }
+    RefCntPtr<VQLQuery> VisitIndexTable(const VQLIndexTableQuery& query) override {
+        return MakeRef<VQLIndexTableQuery>(query.GetPosition(), query.GetTableName(), query.GetDatabasePath(),
+                                           query.GetRLEColumnName(), GetDictionary(), Rename(query.GetColumnMap()),
+                                           query.GetParallelism(), query.GetClusterNames());
+    }
+    RefCntPtr<VQLQuery> VisitIndexJoin(const VQLIndexJoinQuery& query) override {
+        return MakeRef<VQLIndexJoinQuery>(query.GetPosition(), Clone(query.GetLeft()), Clone(query.GetRight()),
+                                          Clone(query.GetImports()), Rename(query.GetStartColumnName()),
+                                          Rename(query.GetCountColumnName()));
+    }
     RefCntPtr<VQLQuery> VisitAppend(const VQLAppendQuery& query) override {
         std::vector<VQLAppendQuery::Renames> renamesList;
         for (const auto& renames : query.GetRenamesList()) {

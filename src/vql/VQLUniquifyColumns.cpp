@@ -1,5 +1,7 @@
 #include "vql/VQLUniquifyColumns.h"
 
+#include <algorithm>
+
 #include "metrics/Scope.h"
 #include "vql/VQLExpressionRenamer.h"
 #include "vql/VQLExpressions.h"
@@ -39,6 +41,25 @@ public:
                                      std::move(scan), std::move(map));
     }
 
+    RefCntPtr<VQLQuery> VisitIndexTable(const VQLIndexTableQuery& query) override {
+        VQLColumnMap map = UniquifyScan(query, query.GetColumnMap()).first;
+        return MakeRef<VQLIndexTableQuery>(query.GetPosition(), query.GetTableName(), query.GetDatabasePath(),
+                                           query.GetRLEColumnName(), GetDictionary(), std::move(map),
+                                           query.GetParallelism(), query.GetClusterNames());
+    }
+    RefCntPtr<VQLQuery> VisitIndexJoin(const VQLIndexJoinQuery& query) override {
+        RefCntPtr<VQLQuery> left = Clone(query.GetLeft());
+        VQLColumnMap leftMap = m_map;
+        RefCntPtr<VQLQuery> right = Clone(query.GetRight());
+        VQLBindings imports = Clone(query.GetImports());
+        const VQLIdentifier start = m_map.Map(query.GetStartColumnName());
+        const VQLIdentifier count = m_map.Map(query.GetCountColumnName());
+        m_map.swap(leftMap);
+        Rename(imports);
+        return MakeRef<VQLIndexJoinQuery>(query.GetPosition(), std::move(left), std::move(right), std::move(imports),
+                                          start, count);
+    }
+
     RefCntPtr<VQLQuery> VisitProject(const VQLProjectQuery& query) override {
         RefCntPtr<VQLQuery> input = Clone(query.GetInput());
         VQLBindings bindings = Clone(query.GetBindings());  // still over the input's columns
@@ -70,8 +91,17 @@ public:
         VQLPivotQuery::Group tags = rename(query.GetTags(), false);
         std::vector<VQLPivotQuery::Group> groups;
         for (const auto& group : query.GetGroups()) groups.push_back(rename(group, true));
-        m_map.Insert(query.GetTags().first, tags.first);
-        for (size_t i = 0; i < groups.size(); ++i) m_map.Insert(query.GetGroups()[i].first, groups[i].first);
+        VQLColumnMap map;
+        for (const auto& [name, unique] : m_map) {
+            const auto isMember = [&member = name](const VQLPivotQuery::Group& group) {
+                return std::find(group.second.begin(), group.second.end(), member) != group.second.end();
+            };
+            const bool pivoted = std::any_of(query.GetGroups().begin(), query.GetGroups().end(), isMember);
+            if (!pivoted) map.Insert(name, unique);
+        }
+        map.Insert(query.GetTags().first, tags.first);
+        for (size_t i = 0; i < groups.size(); ++i) map.Insert(query.GetGroups()[i].first, groups[i].first);
+        m_map.swap(map);
         return MakeRef<VQLPivotQuery>(query.GetPosition(), std::move(input), std::move(tags), std::move(groups),
                                       query.DefaultCollation());
     }

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 
+#include "algebra/CartProd.h"
 #include "algebra/Lookup.h"
+#include "algebra/PositionalJoin.h"
 #include "storage/Column.h"
 #include "system/Operator.h"
 #include "tests/algebra/flow_cells.h"
@@ -159,6 +161,47 @@ TEST(Join, ACancelEndsTheBuildAndTheRun) {
         join->GetProgressCallback()->SetCancelled();
         EXPECT_THROW(join->Next(10), Operator::CancelledException);
     }
+}
+
+TEST(CartProd, PairsTheSelectedRowsWithAllRows) {
+    for (const unsigned innerRows : {0u, 1u, 3u, 700u}) {
+        for (const unsigned pageSize : {7u, 1024u}) {
+            const auto outer = MakeRef<SampleSelect>(Side(L"long", Numbers(50)), 0.5, seed);
+            const auto product = MakeRef<CartProd>(outer, Side(L"long", Numbers(innerRows)),
+                                                   Join::NamePairs{{L"id", L"partner"}, {L"k", L"k"}});
+            const Pairs rows = Drain(*product, {L"id", L"partner"}, pageSize);
+            Pairs expected;
+            for (const uint64_t row : outer->GetSelected()) {
+                for (unsigned i = 0; i < innerRows; ++i) expected.push_back({std::to_string(row), std::to_string(i)});
+            }
+            EXPECT_EQ(rows, innerRows == 0 ? Pairs() : expected) << innerRows << " by " << pageSize;
+        }
+    }
+}
+
+TEST(CartProd, EndsWhenCancelled) {
+    const auto product =
+        MakeRef<CartProd>(MakeRef<Scan>(Side(L"long", Numbers(10))), Side(L"long", Numbers(10)), Join::NamePairs{});
+    ASSERT_EQ(product->Next(3), 3u);
+    product->GetProgressCallback()->SetCancelled();
+    EXPECT_THROW(product->Next(3), Operator::CancelledException);
+}
+
+TEST(PositionalJoin, PutsTablesSideBySide) {
+    const auto numbers =
+        TableOf({ColumnOf(L"long", L"n", {"1", "2", "3"}), ColumnOf(L"long", L"both", {"1", "1", "1"})});
+    const auto texts = TableOf({ColumnOf(L"text", L"s", {"a", "b", "c"}), ColumnOf(L"long", L"both", {"2", "2", "2"})});
+    const auto joined = MakeRef<PositionalJoin>(numbers, texts);
+    EXPECT_EQ(joined->GetColumnCount(), 3u);
+    EXPECT_EQ(joined->Build(10), 3u);
+    const Pairs expected = {{"1", "'a'", "1"}, {"2", "'b'", "1"}, {"3", "'c'", "1"}};
+    EXPECT_EQ(Rows(*joined, {L"n", L"s", L"both"}), expected);
+    EXPECT_EQ(Rows(*MakeRef<PositionalJoin>(nullptr, numbers), {L"n"}).size(), 3u);
+
+    EXPECT_EQ(StatusOf([&] { MakeRef<PositionalJoin>(nullptr, nullptr); }), 40309);
+    EXPECT_EQ(StatusOf([&] { joined->GetColumn(L"none"); }), 40311);
+    const auto shorter = TableOf({ColumnOf(L"long", L"m", {"1"})});
+    EXPECT_EQ(StatusOf([&] { MakeRef<PositionalJoin>(numbers, shorter)->Build(10); }), 40310);
 }
 
 TEST(Join, RefusesKeysThatDoNotCompare) {

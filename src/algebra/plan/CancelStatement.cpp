@@ -1,5 +1,6 @@
 #include "algebra/plan/CancelStatement.h"
 
+#include "algebra/CartProd.h"
 #include "algebra/Join.h"
 #include "algebra/Namespace.h"
 #include "algebra/Order.h"
@@ -27,6 +28,11 @@ void CancelStatement::VisitBinaryScan(BinaryScan& flow) {
 void CancelStatement::VisitCreateColumn(CreateColumn& statement) {
     OperatorVisitorImpl::VisitCreateColumn(statement);
     statement.GetProgressCallback()->SetCancelled();
+}
+
+void CancelStatement::VisitCartProd(CartProd& flow) {
+    OperatorVisitorImpl::VisitCartProd(flow);
+    flow.GetProgressCallback()->SetCancelled();
 }
 
 void CancelStatement::VisitCreateTable(CreateTable& statement) {

@@ -15,6 +15,7 @@ public:
 
     void VisitBinaryScan(BinaryScan& flow) override;
     void VisitCreateColumn(CreateColumn& statement) override;
+    void VisitCartProd(CartProd& flow) override;
     void VisitCreateTable(CreateTable& statement) override;
     void VisitInsert(Insert& statement) override;
     void VisitJoin(Join& flow) override;

@@ -4,11 +4,16 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
+#include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
+#include "algebra/IndexJoin.h"
+#include "algebra/IndexTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/Pivot.h"
+#include "algebra/PositionalJoin.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
@@ -133,6 +138,56 @@ void EstimateProgress::VisitAppend(Append& flow) {
         const Estimate other = Pop();
         rows.first = Sum(rows.first, other.first);
         rows.last = Sum(rows.last, other.last);
+        rows.done = Sum(rows.done, other.done);
+        rows.total = Sum(rows.total, other.total);
+    }
+    Push(rows);
+}
+
+void EstimateProgress::VisitCartProd(CartProd& flow) {
+    OperatorVisitorImpl::VisitCartProd(flow);
+    const Estimate inner = Pop();
+    Estimate rows = Pop();
+    rows.done = Sum(rows.done, inner.done);
+    rows.total = Sum(rows.total, inner.total);
+    rows.first = 0;
+    rows.last = unknown;
+    Push(rows);
+}
+
+// There are no more runs than rows.
+void EstimateProgress::VisitIndexTable(IndexTable& table) {
+    OperatorVisitorImpl::VisitIndexTable(table);
+    Estimate rows = Pop();
+    rows.first = 0;
+    Push(rows);
+}
+
+void EstimateProgress::VisitIndexJoin(IndexJoin& flow) {
+    OperatorVisitorImpl::VisitIndexJoin(flow);
+    Pop();
+    Estimate rows = Pop();
+    rows.first = 0;
+    rows.last = unknown;
+    Push(rows);
+}
+
+void EstimateProgress::VisitPivot(Pivot& flow) {
+    OperatorVisitorImpl::VisitPivot(flow);
+    Estimate rows = Pop();
+    const Estimate once = rows;
+    for (size_t i = 1; i < flow.GetTags().members.size(); ++i) {
+        rows.first = Sum(rows.first, once.first);
+        rows.last = Sum(rows.last, once.last);
+    }
+    Push(rows);
+}
+
+void EstimateProgress::VisitPositionalJoin(PositionalJoin& table) {
+    OperatorVisitorImpl::VisitPositionalJoin(table);
+    Estimate rows = Pop();
+    if (table.GetFirst() && table.GetSecond()) {
+        const Estimate other = Pop();
         rows.done = Sum(rows.done, other.done);
         rows.total = Sum(rows.total, other.total);
     }

@@ -28,12 +28,17 @@ public:
     void VisitAggr(Aggr& table) override;
     void VisitAppend(Append& flow) override;
     void VisitBinaryScan(BinaryScan& flow) override;
+    void VisitCartProd(CartProd& flow) override;
     void VisitFlowTable(FlowTable& table) override;
+    void VisitIndexJoin(IndexJoin& flow) override;
+    void VisitIndexTable(IndexTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;
     void VisitOrdAggr(OrdAggr& flow) override;
     void VisitOrder(Order& table) override;
     void VisitPackageDatabase(PackageDatabase& statement) override;
+    void VisitPivot(Pivot& flow) override;
+    void VisitPositionalJoin(PositionalJoin& table) override;
     void VisitScan(Scan& flow) override;
     void VisitSelect(Select& flow) override;
     void VisitTextScan(TextScan& flow) override;

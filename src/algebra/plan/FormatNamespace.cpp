@@ -4,11 +4,16 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
+#include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
+#include "algebra/IndexJoin.h"
+#include "algebra/IndexTable.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/Pivot.h"
+#include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
@@ -127,6 +132,38 @@ void FormatNamespace::VisitFlowTable(FlowTable& table) {
     if (table.GetEncodings() == FlowTable::randomAccess) text += L" random-access";
     const Operator line(*this, table, std::move(text));
     OperatorVisitorImpl::VisitFlowTable(table);
+}
+
+void FormatNamespace::VisitCartProd(CartProd& flow) {
+    const Operator line(*this, flow, L"cartprod " + Pairs(flow.GetImports()));
+    OperatorVisitorImpl::VisitCartProd(flow);
+}
+
+void FormatNamespace::VisitIndexTable(IndexTable& table) {
+    const Operator line(*this, table, L"indextable " + Quote(table.GetName()));
+    OperatorVisitorImpl::VisitIndexTable(table);
+}
+
+void FormatNamespace::VisitIndexJoin(IndexJoin& flow) {
+    const Operator line(*this, flow,
+                        L"indexjoin " + Pairs(flow.GetImports()) + L" " + Quote(flow.GetStartName()) + L" " +
+                            Quote(flow.GetCountName()));
+    OperatorVisitorImpl::VisitIndexJoin(flow);
+}
+
+void FormatNamespace::VisitPivot(Pivot& flow) {
+    const auto group = [](const Pivot::Group& one) {
+        return L"(" + Quote(one.name) + L" " + Names(one.members) + L")";
+    };
+    std::wstring text = L"pivot " + group(flow.GetTags()) + L" " + List(flow.GetGroups(), group);
+    if (!flow.GetCollation().empty()) text += L" " + FormatString(flow.GetCollation());
+    const Operator line(*this, flow, std::move(text));
+    OperatorVisitorImpl::VisitPivot(flow);
+}
+
+void FormatNamespace::VisitPositionalJoin(PositionalJoin& table) {
+    const Operator line(*this, table, L"positionaljoin");
+    OperatorVisitorImpl::VisitPositionalJoin(table);
 }
 
 void FormatNamespace::VisitJoin(Join& flow) {

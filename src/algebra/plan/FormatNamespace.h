@@ -34,11 +34,16 @@ public:
 
     void VisitAggr(Aggr& table) override;
     void VisitAppend(Append& flow) override;
+    void VisitCartProd(CartProd& flow) override;
     void VisitFlowTable(FlowTable& table) override;
+    void VisitIndexJoin(IndexJoin& flow) override;
+    void VisitIndexTable(IndexTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;
     void VisitOrdAggr(OrdAggr& flow) override;
     void VisitOrder(Order& table) override;
+    void VisitPivot(Pivot& flow) override;
+    void VisitPositionalJoin(PositionalJoin& table) override;
     void VisitProject(Project& flow) override;
     void VisitRestrict(Restrict& flow) override;
     void VisitScan(Scan& flow) override;

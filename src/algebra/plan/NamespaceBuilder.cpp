@@ -7,12 +7,16 @@
 #include "algebra/Aggr.h"
 #include "algebra/AggrExp.h"
 #include "algebra/Append.h"
+#include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
+#include "algebra/IndexJoin.h"
+#include "algebra/IndexTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
@@ -52,13 +56,25 @@ std::wstring NamespaceBuilder::ResolveDataFile(const std::wstring& path) const {
 
 RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
     static const std::unordered_map<std::wstring, Builder> builders{
-        {L"aggregate", &NamespaceBuilder::BuildAggr},    {L"ordaggr", &NamespaceBuilder::BuildAggr},
-        {L"append", &NamespaceBuilder::BuildAppend},     {L"flowtable", &NamespaceBuilder::BuildFlowTable},
-        {L"join", &NamespaceBuilder::BuildJoin},         {L"lookup", &NamespaceBuilder::BuildJoin},
-        {L"order", &NamespaceBuilder::BuildOrder},       {L"project", &NamespaceBuilder::BuildProject},
-        {L"restrict", &NamespaceBuilder::BuildRestrict}, {L"scan", &NamespaceBuilder::BuildScan},
-        {L"select", &NamespaceBuilder::BuildSelect},     {L"table", &NamespaceBuilder::BuildTable},
-        {L"text", &NamespaceBuilder::BuildText},         {L"top", &NamespaceBuilder::BuildTopN},
+        {L"aggregate", &NamespaceBuilder::BuildAggr},
+        {L"ordaggr", &NamespaceBuilder::BuildAggr},
+        {L"append", &NamespaceBuilder::BuildAppend},
+        {L"cartprod", &NamespaceBuilder::BuildCartProd},
+        {L"flowtable", &NamespaceBuilder::BuildFlowTable},
+        {L"indexjoin", &NamespaceBuilder::BuildIndexJoin},
+        {L"indextable", &NamespaceBuilder::BuildIndexTable},
+        {L"pivot", &NamespaceBuilder::BuildPivot},
+        {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
+        {L"join", &NamespaceBuilder::BuildJoin},
+        {L"lookup", &NamespaceBuilder::BuildJoin},
+        {L"order", &NamespaceBuilder::BuildOrder},
+        {L"project", &NamespaceBuilder::BuildProject},
+        {L"restrict", &NamespaceBuilder::BuildRestrict},
+        {L"scan", &NamespaceBuilder::BuildScan},
+        {L"select", &NamespaceBuilder::BuildSelect},
+        {L"table", &NamespaceBuilder::BuildTable},
+        {L"text", &NamespaceBuilder::BuildText},
+        {L"top", &NamespaceBuilder::BuildTopN},
     };
     const Nodes& form = m_reader.List(node);
     if (form.empty()) m_reader.Raise(L"empty operator", node);
@@ -206,6 +222,55 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildJoin(const Nodes& form) {
     }
     return MakeRef<Join>(std::move(outer), std::move(inner), std::move(pairs), std::move(imports), type->second,
                          nullsMatch);
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildCartProd(const Nodes& form) {
+    Expect(form, 3, 3);
+    RefCntPtr<DataFlow> outer = BuildFlow(form[2]);
+    RefCntPtr<Table> inner = BuildSource(form[3]);
+    Join::NamePairs imports = BuildRenames(form[1], *inner);
+    return MakeRef<CartProd>(std::move(outer), std::move(inner), std::move(imports));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildIndexTable(const Nodes& form) {
+    Expect(form, 2, 2);
+    RefCntPtr<Table> table = BuildSource(form[2]);
+    table->DescribeColumn(Name(form[1]));
+    return MakeRef<IndexTable>(std::move(table), Name(form[1]));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildIndexJoin(const Nodes& form) {
+    Expect(form, 5, 5);
+    RefCntPtr<DataFlow> ranges = BuildFlow(form[4]);
+    RefCntPtr<Table> table = BuildSource(form[5]);
+    Join::NamePairs imports = BuildRenames(form[1], *ranges);
+    for (const size_t place : {2, 3}) ranges->DescribeColumn(Name(form[place]));
+    return MakeRef<IndexJoin>(std::move(table), std::move(ranges), std::move(imports), Name(form[2]), Name(form[3]));
+}
+
+Pivot::Group NamespaceBuilder::BuildPivotGroup(const RefCntPtr<VQLNode>& node) const {
+    const Nodes& pair = m_reader.List(node, 2, L"invalid pivot group");
+    Pivot::Group group{Name(pair[0]), {}};
+    for (const RefCntPtr<VQLNode>& member : m_reader.List(pair[1])) group.members.push_back(Name(member));
+    if (group.members.empty()) m_reader.Raise(L"invalid pivot group", node);
+    return group;
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildPivot(const Nodes& form) {
+    Expect(form, 3, 4);
+    RefCntPtr<DataFlow> source = BuildFlow(form.back());
+    Pivot::Group tags = BuildPivotGroup(form[1]);
+    std::vector<Pivot::Group> groups;
+    for (const RefCntPtr<VQLNode>& group : m_reader.List(form[2])) groups.push_back(BuildPivotGroup(group));
+    std::wstring collation = form.size() == 5 ? m_reader.String(form[3], L"the collation is no text") : std::wstring();
+    return MakeRef<Pivot>(std::move(source), std::move(tags), std::move(groups), std::move(collation));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildPositionalJoin(const Nodes& form) {
+    Expect(form, 1, 2);
+    RefCntPtr<Table> first = BuildSource(form[1]);
+    RefCntPtr<Table> second = form.size() == 3 ? BuildSource(form[2]) : nullptr;
+    return MakeRef<PositionalJoin>(std::move(first), std::move(second));
 }
 
 RefCntPtr<Namespace> NamespaceBuilder::BuildOrder(const Nodes& form) {

@@ -6,6 +6,7 @@
 
 #include "algebra/DataFlow.h"
 #include "algebra/Exp.h"
+#include "algebra/Pivot.h"
 #include "algebra/Table.h"
 #include "algebra/plan/ParseNamespace.h"
 #include "vql/syntax/VQLNodeReader.h"
@@ -24,6 +25,9 @@ class Database;
 ///     (restrict COLUMNS FLOW)
 ///     (aggregate COLUMNS BINDINGS [groups] FLOW)  (ordaggr COLUMNS BINDINGS FLOW)
 ///     (order SORTS [limit] TABLE)                 (top SORTS count FLOW)
+///     (cartprod PAIRS FLOW TABLE)                 (positionaljoin TABLE [TABLE])
+///     (indextable [column] TABLE)                 (indexjoin PAIRS [start] [count] FLOW TABLE)
+///     (pivot ([tag] ([name] ...)) (([group] COLUMNS) ...) ["collation"] FLOW)
 ///     (append (PAIRS ...) FLOW FLOW ...)          for each flow but the first: its column and the first one's
 ///     (join TYPE [isnotdistinct] PAIRS PAIRS FLOW TABLE)  keys as outer and inner column, imports as inner column and
 ///                                                 its name in the output; TYPE is inner, left, right or full
@@ -53,9 +57,14 @@ private:
     RefCntPtr<Namespace> Build(const RefCntPtr<VQLNode>& node);
     RefCntPtr<Namespace> BuildAggr(const Nodes& form);
     RefCntPtr<Namespace> BuildAppend(const Nodes& form);
+    RefCntPtr<Namespace> BuildCartProd(const Nodes& form);
     RefCntPtr<Namespace> BuildFlowTable(const Nodes& form);
+    RefCntPtr<Namespace> BuildIndexJoin(const Nodes& form);
+    RefCntPtr<Namespace> BuildIndexTable(const Nodes& form);
     RefCntPtr<Namespace> BuildJoin(const Nodes& form);
     RefCntPtr<Namespace> BuildOrder(const Nodes& form);
+    RefCntPtr<Namespace> BuildPivot(const Nodes& form);
+    RefCntPtr<Namespace> BuildPositionalJoin(const Nodes& form);
     RefCntPtr<Namespace> BuildProject(const Nodes& form);
     RefCntPtr<Namespace> BuildRestrict(const Nodes& form);
     RefCntPtr<Namespace> BuildScan(const Nodes& form);
@@ -78,6 +87,8 @@ private:
     /// Each first name is a column of `from`.
     std::vector<std::pair<std::wstring, std::wstring>> BuildRenames(const RefCntPtr<VQLNode>& node,
                                                                     const Namespace& from) const;
+    /// "invalid pivot group" for what is no name and list of names.
+    Pivot::Group BuildPivotGroup(const RefCntPtr<VQLNode>& node) const;
     /// With the names of the columns of row numbers, empty for none.
     std::pair<std::vector<Namespace::SortSpec>, std::vector<std::wstring>> BuildSortSpecs(
         const RefCntPtr<VQLNode>& node, const Namespace& input) const;

@@ -2,12 +2,17 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
+#include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
+#include "algebra/IndexJoin.h"
+#include "algebra/IndexTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/Pivot.h"
+#include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
@@ -62,6 +67,26 @@ void NamespaceVisitor::VisitBinaryScan(BinaryScan& flow) {
 
 void NamespaceVisitor::VisitCreateColumn(CreateColumn& statement) {
     VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitCartProd(CartProd& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitIndexTable(IndexTable& table) {
+    VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitIndexJoin(IndexJoin& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitPivot(Pivot& table) {
+    VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitPositionalJoin(PositionalJoin& flow) {
+    VisitNamespace(flow);
 }
 
 void NamespaceVisitor::VisitCreateDatabase(CreateDatabase& statement) {
@@ -182,10 +207,6 @@ void NamespaceVisitor::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
 }
 
-void NamespaceVisitor::VisitCartProd(CartProd&) {
-    throw_absent_operator("CartProd");
-}
-
 void NamespaceVisitor::VisitClusteringFlow(ClusteringFlow&) {
     throw_absent_operator("ClusteringFlow");
 }
@@ -206,14 +227,6 @@ void NamespaceVisitor::VisitFractionTable(FractionTable&) {
     throw_absent_operator("FractionTable");
 }
 
-void NamespaceVisitor::VisitIndexTable(IndexTable&) {
-    throw_absent_operator("IndexTable");
-}
-
-void NamespaceVisitor::VisitIndexJoin(IndexJoin&) {
-    throw_absent_operator("IndexJoin");
-}
-
 void NamespaceVisitor::VisitLookup(Lookup& flow) {
     VisitNamespace(flow);
 }
@@ -228,14 +241,6 @@ void NamespaceVisitor::VisitPartitionRestart(PartitionRestart&) {
 
 void NamespaceVisitor::VisitPartitionSplit(PartitionSplit&) {
     throw_absent_operator("PartitionSplit");
-}
-
-void NamespaceVisitor::VisitPivot(Pivot&) {
-    throw_absent_operator("Pivot");
-}
-
-void NamespaceVisitor::VisitPositionalJoin(PositionalJoin&) {
-    throw_absent_operator("PositionalJoin");
 }
 
 void NamespaceVisitor::VisitPrint(Print&) {

@@ -2,12 +2,17 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
+#include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
+#include "algebra/IndexJoin.h"
+#include "algebra/IndexTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/Pivot.h"
+#include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
@@ -26,6 +31,29 @@ void OperatorVisitorImpl::VisitAggr(Aggr& table) {
 void OperatorVisitorImpl::VisitAppend(Append& flow) {
     flow.GetSource()->Accept(m_below);
     for (const RefCntPtr<DataFlow>& inner : flow.GetInners()) inner->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitCartProd(CartProd& flow) {
+    flow.GetSource()->Accept(m_below);
+    flow.GetInner()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitIndexTable(IndexTable& table) {
+    table.GetTable()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitIndexJoin(IndexJoin& flow) {
+    flow.GetSource()->Accept(m_below);
+    flow.GetTable()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitPivot(Pivot& table) {
+    table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitPositionalJoin(PositionalJoin& flow) {
+    if (flow.GetFirst()) flow.GetFirst()->Accept(m_below);
+    if (flow.GetSecond()) flow.GetSecond()->Accept(m_below);
 }
 
 void OperatorVisitorImpl::VisitFlowTable(FlowTable& table) {
@@ -121,10 +149,6 @@ void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
 }
 
-void OperatorVisitorImpl::VisitCartProd(CartProd&) {
-    throw_absent_operator("CartProd");
-}
-
 void OperatorVisitorImpl::VisitClusteringFlow(ClusteringFlow&) {
     throw_absent_operator("ClusteringFlow");
 }
@@ -145,14 +169,6 @@ void OperatorVisitorImpl::VisitFractionTable(FractionTable&) {
     throw_absent_operator("FractionTable");
 }
 
-void OperatorVisitorImpl::VisitIndexTable(IndexTable&) {
-    throw_absent_operator("IndexTable");
-}
-
-void OperatorVisitorImpl::VisitIndexJoin(IndexJoin&) {
-    throw_absent_operator("IndexJoin");
-}
-
 void OperatorVisitorImpl::VisitLookup(Lookup& flow) {
     VisitJoin(flow);
 }
@@ -163,14 +179,6 @@ void OperatorVisitorImpl::VisitPartitionRestart(PartitionRestart&) {
 
 void OperatorVisitorImpl::VisitPartitionSplit(PartitionSplit&) {
     throw_absent_operator("PartitionSplit");
-}
-
-void OperatorVisitorImpl::VisitPivot(Pivot&) {
-    throw_absent_operator("Pivot");
-}
-
-void OperatorVisitorImpl::VisitPositionalJoin(PositionalJoin&) {
-    throw_absent_operator("PositionalJoin");
 }
 
 void OperatorVisitorImpl::VisitPrint(Print&) {

@@ -12,13 +12,17 @@ namespace qve {
 
 namespace {
 
+VQLIdentifierSet OutputColumns(const VQLQuery& query) {
+    VQLIdentifierSet columns;
+    for (const auto& column : query.GetColumnSpace()->GetColumns()) columns.insert(column->GetName());
+    return columns;
+}
+
 // The output columns of a leaf that are wanted.
 template <class Leaf>
 VQLIdentifierSet ScannedColumns(const Leaf& query) {
-    VQLIdentifierSet scanned = query.GetScanColumns();
-    if (!scanned.empty()) return scanned;
-    for (const auto& column : query.GetColumnSpace()->GetColumns()) scanned.insert(column->GetName());
-    return scanned;
+    const VQLIdentifierSet& scanned = query.GetScanColumns();
+    return scanned.empty() ? OutputColumns(query) : scanned;
 }
 
 }  // namespace
@@ -31,6 +35,8 @@ ColumnNames ColumnNamesOf(const VQLIdentifierSet& names) {
 
 LeafColumns::LeafColumns(const VQLTableQuery& query) : LeafColumns(ScannedColumns(query), query.GetColumnMap()) {}
 LeafColumns::LeafColumns(const VQLTextQuery& query) : LeafColumns(ScannedColumns(query), query.GetColumnMap()) {}
+
+LeafColumns::LeafColumns(const VQLIndexTableQuery& query) : LeafColumns(OutputColumns(query), query.GetColumnMap()) {}
 
 LeafColumns::LeafColumns(const VQLIdentifierSet& scanned, const VQLColumnMap& columns) : shown(ColumnNamesOf(scanned)) {
     for (const auto& column : scanned) {

@@ -6,9 +6,12 @@
 #include "algebra/Append.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/FlowTable.h"
+#include "algebra/IndexJoin.h"
+#include "algebra/IndexTable.h"
 #include "algebra/LeafTable.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/Pivot.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
 #include "algebra/RestrictedTable.h"
@@ -106,15 +109,20 @@ void VQLQueryCompiler::Raise(const char* text) {
 }
 
 RefCntPtr<LeafTable> VQLQueryCompiler::MakeLeafTable(const VQLTableQuery& query, const ColumnNames& stored) const {
-    const auto& components = query.GetTableName().GetComponents();
+    if (query.GetParallelism() > 1) RaiseNotSupported("reading a table in parallel");
+    return MakeLeafTable(query.GetTableName(), query.GetDatabasePath(), stored);
+}
+
+RefCntPtr<LeafTable> VQLQueryCompiler::MakeLeafTable(const VQLIdentifier& name, const std::wstring& databasePath,
+                                                     const ColumnNames& stored) const {
+    const auto& components = name.GetComponents();
     if (components.size() != 2) {
         throw QVE_RuntimeError(status::VQLQueryCompiler_TableName, "expected schema.table identifier");
     }
-    if (!m_databases.HasDatabase(query.GetDatabasePath())) {
+    if (!m_databases.HasDatabase(databasePath)) {
         throw QVE_RuntimeError(status::VQLQueryCompiler_Database, "no matching database");
     }
-    if (query.GetParallelism() > 1) RaiseNotSupported("reading a table in parallel");
-    const RefCntPtr<Database> database = m_databases.GetDatabase(query.GetDatabasePath());
+    const RefCntPtr<Database> database = m_databases.GetDatabase(databasePath);
     return MakeRef<LeafTable>(*database->GetSchema(components[0].AsString()), components[1].AsString(), stored);
 }
 
@@ -240,17 +248,47 @@ void VQLQueryCompiler::VisitAppend(VQLAppendQuery& query) {
     Push(MakeRef<Append>(std::move(outer), std::move(inners), std::move(renames)));
 }
 
+void VQLQueryCompiler::VisitPivot(VQLPivotQuery& query) {
+    RefCntPtr<DataFlow> input = CompileFlow(query.GetInput());
+    const auto makeGroup = [](const VQLPivotQuery::Group& group) {
+        Pivot::Group made{GetIdentifier(group.first), {}};
+        for (const VQLIdentifier& member : group.second) made.members.push_back(GetIdentifier(member));
+        return made;
+    };
+    std::vector<Pivot::Group> groups;
+    for (const auto& group : query.GetGroups()) groups.push_back(makeGroup(group));
+    Push(MakeRef<Pivot>(std::move(input), makeGroup(query.GetTags()), std::move(groups), query.DefaultCollation()));
+}
+
+void VQLQueryCompiler::VisitIndexTable(VQLIndexTableQuery& query) {
+    if (query.GetParallelism() > 1) RaiseNotSupported("reading a table in parallel");
+    const std::wstring name = GetIdentifier(query.GetRLEColumnName());
+    RefCntPtr<LeafTable> leaf = MakeLeafTable(query.GetTableName(), query.GetDatabasePath(), {name});
+    if (leaf->DescribeColumn(name)->GetProperties().text(usrpropkey::encoding) != L"rle") Raise("expected RLE column");
+    const LeafColumns renaming(query);
+    auto index = MakeRef<IndexTable>(std::move(leaf), name);
+    if (renaming.IsTrivial()) {
+        Push(std::move(index));
+    } else {
+        Push(renaming.Apply(MakeRef<Scan>(std::move(index), renaming.stored)));
+    }
+}
+
+void VQLQueryCompiler::VisitIndexJoin(VQLIndexJoinQuery& query) {
+    Join::NamePairs imports;
+    for (const auto& [name, expression] : query.GetImports()) {
+        const auto* column = dynamic_cast<const VQLIdentifierExpression*>(expression.get());
+        if (!column) Raise("imports of an index join must be identifiers");
+        imports.emplace_back(GetIdentifier(column->GetIdentifier()), GetIdentifier(name));
+    }
+    RefCntPtr<Table> table = MakeTable(Compile(query.GetLeft()));
+    RefCntPtr<DataFlow> ranges = CompileFlow(query.GetRight());
+    Push(MakeRef<IndexJoin>(std::move(table), std::move(ranges), std::move(imports),
+                            GetIdentifier(query.GetStartColumnName()), GetIdentifier(query.GetCountColumnName())));
+}
+
 void VQLQueryCompiler::VisitDomain(VQLDomainQuery&) {
     RaiseNotSupported("domain");
-}
-void VQLQueryCompiler::VisitPivot(VQLPivotQuery&) {
-    RaiseNotSupported("pivot");
-}
-void VQLQueryCompiler::VisitIndexTable(VQLIndexTableQuery&) {
-    RaiseNotSupported("indextable");
-}
-void VQLQueryCompiler::VisitIndexJoin(VQLIndexJoinQuery&) {
-    RaiseNotSupported("indexjoin");
 }
 void VQLQueryCompiler::VisitExchange(VQLExchangeQuery&) {
     RaiseNotSupported("exchange");

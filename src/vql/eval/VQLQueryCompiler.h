@@ -52,6 +52,8 @@ private:
     [[noreturn]] static void Raise(const char* text);
     /// The columns `stored` of a table of the catalog. Throws QVE_RuntimeError 40544 to 40546.
     RefCntPtr<LeafTable> MakeLeafTable(const VQLTableQuery& query, const ColumnNames& stored) const;
+    RefCntPtr<LeafTable> MakeLeafTable(const VQLIdentifier& name, const std::wstring& databasePath,
+                                       const ColumnNames& stored) const;
     /// A table is read by a Scan of its columns.
     static RefCntPtr<DataFlow> MakeDataFlow(const RefCntPtr<Namespace>& input);
     /// A flow is drained into a FlowTable.

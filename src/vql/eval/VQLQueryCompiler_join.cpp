@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
@@ -68,6 +69,10 @@ void VQLQueryCompiler::VisitJoin(VQLJoinQuery& query) {
     if (query.IsLookup()) {
         Push(MakeRef<Lookup>(std::move(outer), std::move(inner), std::move(keys), std::move(imports),
                              static_cast<Join::JoinType>(query.GetJoinType()), !query.UseEqualToComparison()));
+        return;
+    }
+    if (keys.empty() && query.GetJoinType() == VQLJoinType::inner) {
+        Push(MakeRef<CartProd>(std::move(outer), std::move(inner), std::move(imports)));
         return;
     }
     Push(MakeRef<Join>(std::move(outer), std::move(inner), std::move(keys), std::move(imports),
