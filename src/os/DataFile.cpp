@@ -111,6 +111,12 @@ void DataFile::Resize(uint64_t size, uint64_t capacity) {
     m_capacity = capacity;
 }
 
+void DataFile::Trim() {
+    if (!m_file || !m_writable) return;
+    Flush();
+    if (m_capacity > m_size) Resize(m_size);
+}
+
 void DataFile::Write(const void* bytes, size_t count) {
     errno = 0;
     if (::fwrite(bytes, 1, count, m_file) != count)

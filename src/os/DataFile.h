@@ -43,6 +43,8 @@ public:
     /// none. Growing reserves the blocks first, so that a write into a mapping cannot run out of disk: a full disk is
     /// status 100 here. Closing the file gives the room back.
     void Resize(uint64_t size, uint64_t capacity = 0);
+    /// Gives back the room behind the contents. Closing does so too, but has nobody to tell when it fails.
+    void Trim();
     /// The length on disk, with the room.
     uint64_t GetCapacity() const { return m_capacity; }
     /// Appends at the position of the file, which begins at 0.

@@ -4,6 +4,7 @@
 
 #include "os/OS.h"
 #include "os/Path.h"
+#include "os/WorkFolder.h"
 #include "telemetry/LogEntry.h"
 
 namespace qve {
@@ -16,7 +17,10 @@ void UsePidTempDirectory() {
         return;
     }
     try {
+        // What killed processes left; one of them may have had this number.
+        WorkFolder::RemoveAbandoned(OS::gettempdir(), L"qve-tempdir-");
         if (!Path::exists(path)) OS::mkdir(path, false);
+        static const FolderClaim claim(path);
         // Only writing shows that it is writable.
         const std::wstring proof = Path::join(path, name);
         OS::touch(proof);

@@ -15,6 +15,7 @@
 #include "os/OS.h"
 #include "os/Path.h"
 #include "os/Thread.h"
+#include "os/WorkFolder.h"
 #include "server/QVE_Server.h"
 #include "server/ServerOptions.h"
 #include "server/StopSignals.h"
@@ -129,6 +130,9 @@ public:
         m_telemetry = StartTelemetry(m_options, m_configuration);
         if (const std::wstring* directory = m_configuration.get(usrpropkey::temp_dir)) OS::tempdir(*directory);
         if (m_configuration.is_true(usrpropkey::pid_temp_dir)) UsePidTempDirectory();
+        // A folder of its own, so that the next server can tell what this one leaves should it be killed.
+        const WorkFolder temporary(OS::gettempdir(), L"qve_temp_");
+        OS::tempdir(temporary.GetPath());
         SetupFaultReporting();
         std::shared_ptr<const IPC_Whitelist> whitelist;
         if (const std::wstring* text = m_configuration.get(usrpropkey::whitelist)) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "os/Path.h"
 #include "storage/Database.h"
@@ -97,14 +98,28 @@ void CatalogJournal::RemoveFile(const std::wstring& path) {
     if (m_space.exists(path)) m_space.unlink(path);
 }
 
-void CatalogJournal::Remove(char kind, const std::wstring& path) {
-    // What cannot be removed now is a leftover that no catalog names; the change itself stands.
+// What cannot be removed now is a leftover that no catalog names; the change itself stands.
+bool CatalogJournal::Remove(char kind, const std::wstring& path) {
     try {
         if (kind == 'd') {
             if (m_space.isdir(path)) m_space.rmdir(path);
         } else if (m_space.isfile(path)) {
             m_space.unlink(path);
         }
+        return true;
+    } catch (const std::exception& fault) {
+        Logger::Get()->QueueMessage(std::string("CatalogJournal: ") + fault.what());
+        return false;
+    }
+}
+
+void CatalogJournal::LeaveUndone(const Made& left) {
+    if (left.empty() || !m_durable) return;
+    std::string text;
+    for (const auto& [kind, path] : left) text += Line(kind, path);
+    try {
+        WriteFile(UndoFile(), text);
+        m_space.closeall();
     } catch (const std::exception& fault) {
         Logger::Get()->QueueMessage(std::string("CatalogJournal: ") + fault.what());
     }
@@ -115,12 +130,18 @@ void CatalogJournal::Apply(const Changes& changes) {
         if (m_space.exists(from)) m_space.rename(from, to);
     }
     m_space.closeall();
-    for (const std::wstring& path : changes.unlinks) Remove('f', path);
-    for (const std::wstring& path : changes.rmdirs) Remove('d', path);
+    Made left;
+    for (const std::wstring& path : changes.unlinks) {
+        if (!Remove('f', path)) left.emplace_back('f', path);
+    }
+    for (const std::wstring& path : changes.rmdirs) {
+        if (!Remove('d', path)) left.emplace_back('d', path);
+    }
     RemoveFile(UndoFile());
     m_undoSize = 0;
     m_space.closeall();
     RemoveFile(JournalFile());
+    LeaveUndone(left);
 }
 
 void CatalogJournal::Commit(const Changes& changes) {
@@ -141,11 +162,21 @@ void CatalogJournal::Commit(const Changes& changes) {
 }
 
 void CatalogJournal::Rollback() {
-    m_space.closeall();
-    for (auto made = m_made.rbegin(); made != m_made.rend(); ++made) Remove(made->first, made->second);
-    m_made.clear();
-    RemoveFile(UndoFile());
+    const Made made = std::exchange(m_made, {});
     m_undoSize = 0;
+    try {
+        m_space.closeall();
+    } catch (const std::exception& fault) {
+        // What could not be brought to the disk is removed now.
+        Logger::Get()->QueueMessage(std::string("CatalogJournal: ") + fault.what());
+    }
+    Made left;
+    for (auto entry = made.rbegin(); entry != made.rend(); ++entry) {
+        if (!Remove(entry->first, entry->second)) left.push_back(*entry);
+    }
+    RemoveFile(UndoFile());
+    std::reverse(left.begin(), left.end());
+    LeaveUndone(left);
 }
 
 bool CatalogJournal::IsPending() const {
@@ -163,7 +194,10 @@ void CatalogJournal::Recover() {
         });
         m_space.closeall();
         Apply(changes);
-    } else if (m_space.exists(UndoFile())) {
+        return;
+    }
+    RemoveFile(JournalFile() + L".temp");  // of a commit that did not come about
+    if (m_space.exists(UndoFile())) {
         ForEachLine(ReadFile(UndoFile()), [&](char kind, std::wstring path, const std::wstring&) {
             m_made.emplace_back(kind, Inside(std::move(path)));
         });

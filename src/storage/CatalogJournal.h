@@ -43,17 +43,22 @@ public:
     void Recover();
 
 private:
+    using Made = std::vector<std::pair<char, std::wstring>>;  // 'f' or 'd' and the path, in order
+
     void Note(char kind, const std::wstring& path);
     std::string ReadFile(const std::wstring& path) const;
     void WriteFile(const std::wstring& path, const std::string& text);
     void Apply(const Changes& changes);
-    void Remove(char kind, const std::wstring& path);
+    /// False when it could not be removed now.
+    bool Remove(char kind, const std::wstring& path);
+    /// Leaves a list of what could not be removed for the next Recover.
+    void LeaveUndone(const Made& left);
     void RemoveFile(const std::wstring& path);
 
     TableSpace& m_space;
     const bool m_durable;
-    std::vector<std::pair<char, std::wstring>> m_made;  // 'f' or 'd' and the path, in order
-    uint64_t m_undoSize = 0;                            // bytes written to the undo file
+    Made m_made;
+    uint64_t m_undoSize = 0;  // bytes written to the undo file
 };
 
 }  // namespace qve

@@ -137,7 +137,11 @@ void DirectoryTableSpace::close(const std::wstring& path) {
     const auto known = m_files.find(path);
     if (known == m_files.end()) return;
     // Much of what a transaction writes is replaced before its end, so nothing is brought to the disk before closeall.
-    if (known->second.file->IsWritable()) m_written.insert(path);
+    if (known->second.file->IsWritable()) {
+        // Whoever opens the file takes its length for that of its contents.
+        known->second.file->Trim();
+        m_written.insert(path);
+    }
     m_files.erase(known);
 }
 

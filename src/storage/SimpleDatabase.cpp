@@ -5,6 +5,7 @@
 #include "metrics/Scope.h"
 #include "os/OS.h"
 #include "os/Path.h"
+#include "os/WorkFolder.h"
 #include "storage/CatalogFiles.h"
 #include "storage/DatabaseSchema.h"
 #include "storage/DirectoryTableSpace.h"
@@ -163,12 +164,12 @@ void SimpleDatabase::DropDatabase(bool cascade) {
     if (m_impl->durable) {
         // Away in one step, then removed at leisure: a database that is half removed is not to be found.
         const std::wstring path = space.root();
-        std::wstring aside = path + L".dropped";
-        for (unsigned n = 1; Path::exists(aside); ++n) aside = path + L".dropped" + std::to_wstring(n);
+        const std::wstring parent = Path::split(path).first;
+        const WorkFolder aside(parent.empty() ? L"." : parent);
         // The others look again, and find nothing.
         if (m_impl->lock.IsOpen()) m_impl->lock.WriteCounter(m_impl->generation + 1);
-        OS::rename(path, aside);
-        OS::rmdir(aside, true);
+        OS::rename(path, Path::join(aside.GetPath(), L"db"));
+        OS::sync(parent.empty() ? L"." : parent);
     } else {
         space.rmdir(L"");
     }

@@ -8,6 +8,7 @@
 #include "commands/CreateTableFromFlow.h"
 #include "os/OS.h"
 #include "os/Path.h"
+#include "os/WorkFolder.h"
 #include "storage/SimpleDatabase.h"
 #include "types/complete_type.h"
 #include "vql/eval/VQLCommandArguments.h"
@@ -21,16 +22,12 @@ namespace {
 
 // Makes a database beside its place and moves it there, so that the place holds a whole database or nothing.
 RefCntPtr<Database> MakeDatabase(const std::wstring& path) {
-    const std::wstring folder = OS::mkdtemp(Path::split(path).first);
-    struct Remover {
-        const std::wstring& folder;
-        ~Remover() {
-            if (Path::exists(folder)) OS::rmdir(folder, true);
-        }
-    } remover{folder};
-    const std::wstring made = Path::join(folder, L"db");
+    const std::wstring parent = Path::split(path).first;
+    const WorkFolder folder(parent);
+    const std::wstring made = Path::join(folder.GetPath(), L"db");
     MakeRef<SimpleDatabase>(made)->CreateDatabase();
     OS::rename(made, path);
+    OS::sync(parent);
     return MakeRef<SimpleDatabase>(path);
 }
 
