@@ -89,10 +89,18 @@ uint64_t BlockDataStream::Load(uint64_t position, uint64_t count) const {
     return GetDelegate()->Load(BlockOffset(first), (last - first) * PackedBytes());
 }
 
-EncodedDataStream::Decoded BlockDataStream::Decode(uint64_t position, uint64_t minimum, DecodeBuffer& buffer) {
+// The blocks in which the cells lie.
+EncodedDataStream::Decoded BlockDataStream::GetWindow(uint64_t position, uint64_t minimum) const {
     const uint64_t first = position / BlockBytes();
     const uint64_t last = (position + minimum + BlockBytes() - 1) / BlockBytes();
-    buffer.Reserve((last - first) * BlockBytes());
+    return {first * BlockBytes(), (last - first) * BlockBytes()};
+}
+
+EncodedDataStream::Decoded BlockDataStream::Decode(uint64_t position, uint64_t minimum, DecodeBuffer& buffer) {
+    const Decoded window = GetWindow(position, minimum);
+    const uint64_t first = window.begin / BlockBytes();
+    const uint64_t last = first + window.size / BlockBytes();
+    buffer.Reserve(window.size);
     DataStream& stored = *GetDelegate();
     for (uint64_t block = first; block < last;) {
         // As a rule one window holds them all.
@@ -106,7 +114,7 @@ EncodedDataStream::Decoded BlockDataStream::Decode(uint64_t position, uint64_t m
         DecodeBlocks(in, in + limit, blocks, buffer.data() + (block - first) * BlockBytes());
         block += blocks;
     }
-    return {first * BlockBytes(), (last - first) * BlockBytes()};
+    return window;
 }
 
 void BlockDataStream::ReadTail() {

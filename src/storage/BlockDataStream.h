@@ -61,6 +61,7 @@ protected:
     /// Changes the width of the plain cells, for a change of type that leaves the packed numbers as they are.
     void ChangeWidth(unsigned width);
 
+    Decoded GetWindow(uint64_t position, uint64_t minimum) const final;
     Decoded Decode(uint64_t position, uint64_t minimum, DecodeBuffer& buffer) final;
     void Encode(const char* cells, uint64_t bytes) final;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "storage/dictionary_look_up.h"
 #include "storage/integer_width.h"
 #include "storage/status.h"
 #include "system/QuillonException.h"
@@ -11,11 +12,6 @@ namespace qve {
 namespace {
 
 constexpr const char* typeName = "DictionaryDataStream";
-
-template <class T>
-void look_up(const uint32_t* packed, unsigned count, const T* dictionary, T* out) {
-    for (unsigned i = 0; i < count; ++i) out[i] = dictionary[packed[i]];
-}
 
 }  // namespace
 
@@ -39,26 +35,22 @@ DictionaryDataStream::DictionaryDataStream(const DictionaryDataStream& other, Re
 void DictionaryDataStream::Initialise() {
     if (!is_integer_width(GetWidth()))
         throw QVE_DomainError(status::DictionaryDataStream_Initialise, "DictionaryDataStream::Initialise: No decoder");
-    m_unpack = decode_functype_bits(sizeof(uint32_t), GetBits());
+    m_unpack = decode_functype_bits(look_up_index_width(GetWidth(), GetBits()), GetBits());
     // What is packed cannot be above the last entry, so that no look-up needs a check.
     m_dictionary.resize(GetDictionarySize());
 }
 
 void DictionaryDataStream::DecodeBlocks(const char* in, const char* in_end, uint64_t blocks, char* out) const {
-    constexpr uint64_t atOnce = 1024;
-    with_width(GetWidth(), [&](auto zero) {
-        using T = decltype(zero);
-        const T* dictionary = reinterpret_cast<const T*>(m_dictionary.data());
-        T* values = reinterpret_cast<T*>(out);
-        const uint64_t count = blocks * GetBlockLength();
-        for (uint64_t done = 0; done < count; done += atOnce) {
-            uint32_t packed[atOnce];
-            const unsigned n = static_cast<unsigned>(std::min(count - done, atOnce));
-            m_unpack(in, in_end, n / 32, 0, packed);
-            look_up(packed, n, dictionary, values + done);
-            in += n / 32 * 4 * GetBits();
-        }
-    });
+    constexpr unsigned atOnce = 1024;  // stays in the first-level cache between unpacking and looking up
+    alignas(32) char numbers[atOnce * sizeof(uint32_t)];
+    for (uint64_t left = blocks * GetBlockLength(); left > 0;) {
+        const unsigned n = static_cast<unsigned>(std::min<uint64_t>(left, atOnce));
+        m_unpack(in, in_end, n / 32, 0, numbers);
+        look_up(numbers, n, m_dictionary.data(), GetWidth(), GetBits(), out);
+        in += n / 32 * 4 * GetBits();
+        out += uint64_t{n} * GetWidth();
+        left -= n;
+    }
 }
 
 void DictionaryDataStream::ReadEncoder() {

@@ -35,7 +35,7 @@ private:
     void Initialise();
     void ReadEncoder();
 
-    unpack_function m_unpack = nullptr;   // to 32 bits
+    unpack_function m_unpack = nullptr;   // to what look_up takes
     std::vector<char> m_dictionary;       // GetDictionarySize() bytes
     RefCntPtr<IntegerEncoder> m_encoder;  // for writing; null until then in a stream that was stored
 };

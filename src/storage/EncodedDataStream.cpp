@@ -18,22 +18,38 @@ uint64_t EncodedDataStream::Seek(uint64_t position, uint64_t minimum) {
         (position == m_bufferBegin + m_bufferSize && position < m_length)) {
         if (position < m_length) {
             if (m_dirty) Flush();
-            const Decoded decoded = Decode(position, std::max(minimum, uint64_t{m_width}), m_buffer);
-            m_bufferBegin = decoded.begin;
-            m_bufferSize = std::min(decoded.size, m_length - decoded.begin);
+            const uint64_t wanted = std::max(minimum, uint64_t{m_width});
+            Decoded window = GetWindow(position, wanted);
+            m_waiting = window.size > 0;
+            if (!m_waiting) window = Decode(position, wanted, m_buffer);
+            m_bufferBegin = window.begin;
+            m_bufferSize = std::min(window.size, m_length - window.begin);
         } else {
+            m_waiting = false;
             m_bufferBegin = position;
             m_bufferSize = 0;
         }
     }
     m_cursor = position;
     m_limit = m_bufferBegin + m_bufferSize - position;
-    m_input = m_bufferSize == 0 ? &m_noBytes : m_buffer.data() + (position - m_bufferBegin);
+    PointToCursor();
     return m_limit;
+}
+
+void EncodedDataStream::PointToCursor() {
+    if (m_waiting) return;
+    m_input = m_bufferSize == 0 ? &m_noBytes : m_buffer.data() + (m_cursor - m_bufferBegin);
+}
+
+void EncodedDataStream::DecodeWaiting() {
+    Decode(m_bufferBegin, m_bufferSize, m_buffer);
+    m_waiting = false;
+    PointToCursor();
 }
 
 void EncodedDataStream::DropWindow() {
     m_bufferBegin = m_bufferSize = 0;
+    m_waiting = false;
     m_limit = 0;
     m_input = &m_noBytes;
 }

@@ -7,10 +7,12 @@
 
 namespace qve {
 
-/// A stream of fixed-width integer cells that its delegate stores compressed. Seek decodes into a buffer, so that
-/// readers see plain cells; GetInput points into that buffer until the next Seek. Cells are written by Append alone,
-/// and come to the delegate by Flush, which every reading of new cells implies. All sizes and positions are in bytes of
-/// plain cells.
+/// A stream of fixed-width integer cells that its delegate stores compressed. Seek sets the window, and the first
+/// GetInput in it decodes into a buffer, so that readers see plain cells and cells that nobody looks at are never
+/// decoded; the pointer holds until the next Seek. Cells are written by Append alone, and come to the delegate by
+/// Flush, which every reading of new cells implies. All sizes and positions are in bytes of plain cells.
+///
+/// GetInput is a change of the stream like any other: two threads must not call it at once.
 ///
 /// An Append that cannot be stored in the encoding throws QVE_OverflowError, and the stream then holds what it held
 /// before. What is read from a stored stream is checked: QVE_RuntimeError with the number of the encoding.
@@ -30,6 +32,8 @@ public:
     uint64_t GetLimit() const final { return m_limit; }
     const char* GetInput(uint64_t offset) const final {
         if (offset > m_limit) ThrowGetInput();
+        // Nothing that can be seen from outside changes.
+        if (m_waiting) const_cast<EncodedDataStream*>(this)->DecodeWaiting();
         return m_input + offset;
     }
     uint64_t Seek(uint64_t position, uint64_t minimum) final;
@@ -49,12 +53,15 @@ public:
 protected:
     EncodedDataStream(RefCntPtr<DataStream> delegate, const char* typeName);
 
-    /// Decodes cells so that [position, position + minimum) is covered; both lie within the stream, minimum above 0.
-    /// Returns the first position and the size of what it put into the buffer.
     struct Decoded {
         uint64_t begin;
         uint64_t size;
     };
+    /// What Decode will put into the buffer for these arguments, if that is known beforehand; else of size 0, and Seek
+    /// decodes at once.
+    virtual Decoded GetWindow(uint64_t, uint64_t) const { return {0, 0}; }
+    /// Decodes cells so that [position, position + minimum) is covered; both lie within the stream, minimum above 0.
+    /// Returns the first position and the size of what it put into the buffer.
     virtual Decoded Decode(uint64_t position, uint64_t minimum, DecodeBuffer& buffer) = 0;
     /// Stores whole cells behind the present ones.
     virtual void Encode(const char* cells, uint64_t bytes) = 0;
@@ -74,12 +81,15 @@ protected:
 
 private:
     [[noreturn]] static void ThrowGetInput();
+    void PointToCursor();
+    void DecodeWaiting();
 
     unsigned m_width = 1;
     uint64_t m_length = 0;
     uint64_t m_cursor = 0;
     uint64_t m_limit = 0;
     const char* m_input;
+    bool m_waiting = false;  // the window is set, but not decoded
     uint64_t m_bufferBegin = 0;
     uint64_t m_bufferSize = 0;
     DecodeBuffer m_buffer;

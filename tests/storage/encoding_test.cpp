@@ -165,8 +165,10 @@ TEST_F(EncodingTest, EncodedStreamsReadLikePlainOnes) {
                         const uint64_t position = random() % (rows + 1) * width;
                         const uint64_t minimum = random() % (i % 4 == 0 ? cells.size() + 1 : 9000);
                         for (const auto& reader : {stream, RefCntPtr<DataStream>(reopened), fork}) {
-                            const uint64_t limit = reader->Seek(position, minimum);
-                            ASSERT_GE(limit, std::min(minimum, cells.size() - position));
+                            uint64_t limit = reader->Seek(position, minimum);
+                            // What was sought and not looked at may be sought again.
+                            if (i % 3 == 0) limit = reader->Seek(position, minimum / 2 / width * width);
+                            ASSERT_GE(limit, std::min(minimum, cells.size() - position) / (i % 3 == 0 ? 4 : 1));
                             ASSERT_EQ(reader->GetCursor(), position);
                             ASSERT_EQ(std::memcmp(reader->GetInput(0), cells.data() + position, limit), 0);
                         }
