@@ -4,10 +4,13 @@
 #include <cstring>
 
 #include "algebra/CastExp.h"
+#include "algebra/ColumnExp.h"
 #include "algebra/ConstantExp.h"
 #include "algebra/ExpVisitor.h"
+#include "algebra/PrimitiveExp.h"
 #include "algebra/TokenTranslator.h"
 #include "algebra/status.h"
+#include "primitives/blend.h"
 #include "primitives/column_kernels.h"
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -18,9 +21,25 @@ namespace qve {
 
 namespace {
 
+// With more branches than this, most rows need too little of what is computed for all of them.
+constexpr size_t mostBlended = 8;
+
 bool IsNullLiteral(const Exp& exp) {
     const auto* constant = dynamic_cast<const ConstantExp*>(&exp);
     return constant && constant->IsNull();
+}
+
+// Whether computing the node for a row that does not need it costs less than to leave the row out. What is computed
+// for too many rows must depend on nothing but their values, and must not read texts.
+bool IsCheap(const Exp& exp) {
+    static constexpr std::wstring_view cheap[] = {L"plus", L"minus", L"times", L"divide", L"negate", L"eq",       L"ne",
+                                                  L"lt",   L"le",    L"gt",    L"ge",     L"isnull", L"isnotnull"};
+    if (exp.IsConstant() || dynamic_cast<const ColumnExp*>(&exp)) return true;
+    const auto* call = dynamic_cast<const PrimitiveExp*>(&exp);
+    return call && call->GetClass() == primitive::klassMap && !call->ReadsDictionary() &&
+           std::find(std::begin(cheap), std::end(cheap), call->GetOperation()) != std::end(cheap) &&
+           std::all_of(call->GetArguments().begin(), call->GetArguments().end(),
+                       [](const RefCntPtr<Exp>& argument) { return IsCheap(*argument); });
 }
 
 }  // namespace
@@ -130,6 +149,17 @@ void CaseExp::MakeColumn(const Namespace* input) {
             branch.translator = std::make_unique<TokenTranslator>(m_column->GetTokenSize());
         }
     }
+    m_blends = CanBlend();
+}
+
+bool CaseExp::CanBlend() const {
+    if (m_single || m_branches.size() > mostBlended) return false;
+    for (size_t i = 0; i < m_branches.size(); ++i) {
+        if (i + 1 < m_branches.size() && !IsCheap(*m_arguments[2 * i])) return false;
+        const Branch& branch = m_branches[i];
+        if (branch.value && (branch.translator || !IsCheap(*branch.value))) return false;
+    }
+    return true;
 }
 
 input_column CaseExp::EvaluateCondition(size_t condition, unsigned count, unsigned extent, const unsigned* sel,
@@ -149,13 +179,14 @@ void CaseExp::Evaluate(unsigned count, unsigned extent, const unsigned* sel, con
         count = extent = 1;
         sel = nullptr;
     }
-    if (EvaluatePage(count, extent, sel, input)) return;
+    if (m_blends && !sel ? EvaluateByBlending(extent, input) : EvaluatePage(count, extent, sel, input)) return;
     UseOwnDictionary();
     EvaluatePage(count, extent, sel, input);
 }
 
 // The values no longer share a dictionary, as they did when the node was bound.
 void CaseExp::UseOwnDictionary() {
+    m_blends = false;
     m_column->ClearProperty(usrpropkey::storagewidth);
     m_column->SetDict(MakeRef<TempFileDataStream>());
     m_column->SetData(MakeRef<TempFileDataStream>());
@@ -195,6 +226,61 @@ bool CaseExp::EvaluatePage(unsigned count, unsigned extent, const unsigned* sel,
     return CopyBranch(m_branches.back(), out, count, extent, sel, input);
 }
 
+bool CaseExp::EvaluateByBlending(unsigned extent, const Namespace* input) {
+    const output_column out = ReserveBuffer(extent);
+    *out.flags &= static_cast<unsigned char>(~column_flags::not_null);
+    // The conditions up to the first that is true for all rows, which then has the part of the last argument.
+    size_t last = 0;
+    for (; last + 1 < m_branches.size(); ++last) {
+        const input_column condition = EvaluateCondition(last, extent, extent, nullptr, input);
+        const bool single = m_arguments[2 * last]->GetPrimitiveStorage() == Column::storageVal;
+        if (single && (condition.values<bit>()->value & 1)) break;
+    }
+    if (!CopyBranch(m_branches[last], out, extent, extent, nullptr, input)) return false;
+    bool whole = IsWhole(m_branches[last]);
+    for (size_t i = last; i-- > 0;) {
+        const Exp& condition = *m_arguments[2 * i];
+        if (condition.GetPrimitiveStorage() == Column::storageVal) continue;  // of those that are not true
+        Branch& branch = m_branches[i];
+        const bit* const hits = condition.GetResult().values<bit>();
+        if (!branch.value) {
+            char null[sizeof(uint64_t)];
+            blend_cells(extent, static_cast<unsigned>(out.width), out.data, hits, GetNull(null), true);
+            whole = false;
+            continue;
+        }
+        EvaluateBranch(branch, extent, extent, nullptr, input);
+        if (!SharesDictionary(*branch.value->GetColumn())) return false;
+        const bool single = branch.value->GetPrimitiveStorage() == Column::storageVal;
+        blend_cells(extent, static_cast<unsigned>(out.width), out.data, hits, branch.value->GetResult().data, single);
+        whole = whole && IsWhole(branch);
+    }
+    if (whole) *out.flags |= column_flags::not_null;
+    return true;
+}
+
+void CaseExp::EvaluateBranch(Branch& branch, unsigned count, unsigned extent, const unsigned* sel,
+                             const Namespace* input) {
+    if (!branch.value->IsConstant()) {
+        branch.value->Evaluate(count, extent, sel, input);
+    } else if (!branch.evaluated) {
+        branch.value->Evaluate(1, 1, nullptr, input);
+        branch.evaluated = true;
+    }
+}
+
+// Whether the value's results on this page are known not to be null.
+bool CaseExp::IsWhole(const Branch& branch) {
+    if (!branch.value) return false;
+    if (const auto* constant = dynamic_cast<const ConstantExp*>(branch.value.get())) return !constant->IsNull();
+    return branch.value->GetResult().flags & column_flags::not_null;
+}
+
+bool CaseExp::SharesDictionary(const Column& column) const {
+    return !m_column->IsCompressed() ||
+           (column.GetDict() == m_column->GetDict() && column.GetTokenSize() == m_column->GetTokenSize());
+}
+
 bool CaseExp::CopyBranch(Branch& branch, const output_column& out, unsigned count, unsigned extent, const unsigned* sel,
                          const Namespace* input) {
     if (count == 0) return true;
@@ -203,12 +289,7 @@ bool CaseExp::CopyBranch(Branch& branch, const output_column& out, unsigned coun
         return true;
     }
     Exp& value = *branch.value;
-    if (!value.IsConstant()) {
-        value.Evaluate(count, extent, sel, input);
-    } else if (!branch.evaluated) {
-        value.Evaluate(1, 1, nullptr, input);
-        branch.evaluated = true;
-    }
+    EvaluateBranch(branch, count, extent, sel, input);
     const bool single = value.GetPrimitiveStorage() == Column::storageVal;
     input_column from = value.GetResult();
     const output_column to{out.data, nullptr, out.width, out.limit, nullptr};
@@ -226,23 +307,26 @@ bool CaseExp::CopyBranch(Branch& branch, const output_column& out, unsigned coun
         map_type_type_val(out.width)(count, to, input_column{cell, nullptr, out.width, 1, 0}, sel);
         return true;
     }
-    if (m_column->IsCompressed() &&
-        (column.GetDict() != m_column->GetDict() || column.GetTokenSize() != m_column->GetTokenSize())) {
-        return false;
-    }
+    if (!SharesDictionary(column)) return false;
     from.heap = nullptr;
     const unary_func copy = single ? map_type_type_val(out.width) : map_type_type_col(out.width);
     copy(count, to, from, sel);
     return true;
 }
 
-void CaseExp::CopyNull(const output_column& out, unsigned count, const unsigned* sel) const {
-    char null[sizeof(uint64_t)];
-    std::memset(null, 0xFF, sizeof(null));  // of tokens
+// The cell of a null, in `room`, which has 8 bytes.
+const char* CaseExp::GetNull(char* room) const {
+    std::memset(room, 0xFF, sizeof(uint64_t));  // of tokens
     const usrtype* type = m_column->GetType();
-    if (type->fixed()) std::memcpy(null, type->null_bytes().data(), std::min(sizeof(null), type->null_bytes().size()));
+    if (type->fixed())
+        std::memcpy(room, type->null_bytes().data(), std::min(sizeof(uint64_t), type->null_bytes().size()));
+    return room;
+}
+
+void CaseExp::CopyNull(const output_column& out, unsigned count, const unsigned* sel) const {
+    char room[sizeof(uint64_t)];
     const output_column to{out.data, nullptr, out.width, out.limit, nullptr};
-    map_type_type_val(out.width)(count, to, input_column{null, nullptr, out.width, 1, 0}, sel);
+    map_type_type_val(out.width)(count, to, input_column{GetNull(room), nullptr, out.width, 1, 0}, sel);
 }
 
 }  // namespace qve

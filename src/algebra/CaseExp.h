@@ -11,7 +11,8 @@ namespace qve {
 class TokenTranslator;
 
 /// Conditional: for each row the value of the first condition that is true, else the last argument, else null. Each
-/// condition and each value is computed only for the rows that come to it.
+/// condition and each value is computed only for the rows that come to it; where they cost little, all are computed for
+/// all rows of a page, without a list of rows.
 class CaseExp : public Exp {
 public:
     static constexpr const wchar_t* opCase = L"case";
@@ -45,6 +46,13 @@ private:
     bool CopyBranch(Branch& branch, const output_column& out, unsigned count, unsigned extent, const unsigned* sel,
                     const Namespace* input);
     bool EvaluatePage(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input);
+    bool CanBlend() const;
+    /// Computes all conditions and values for all rows of a page, and puts one over the other. False as above.
+    bool EvaluateByBlending(unsigned extent, const Namespace* input);
+    void EvaluateBranch(Branch& branch, unsigned count, unsigned extent, const unsigned* sel, const Namespace* input);
+    static bool IsWhole(const Branch& branch);
+    bool SharesDictionary(const Column& column) const;
+    const char* GetNull(char* room) const;
     void UseOwnDictionary();
     void CopyNull(const output_column& out, unsigned count, const unsigned* sel) const;
 
@@ -53,6 +61,7 @@ private:
     std::vector<unsigned> m_hits;
     std::vector<unsigned> m_rest;
     bool m_single = false;
+    bool m_blends = false;
     bool m_bound = false;
 };
 

@@ -37,6 +37,11 @@ RefCntPtr<Column> PrimitiveExp::AllocateColumn(const Namespace* input) {
     return m_column;
 }
 
+bool PrimitiveExp::ReadsDictionary() const {
+    return !m_byToken && std::any_of(m_operands.begin(), m_operands.end(),
+                                     [](const auto& operand) { return operand->GetColumn()->IsCompressed(); });
+}
+
 // Tokens of different dictionaries do not compare. What is still to be built has none yet that could be compared.
 bool PrimitiveExp::ShareOneDictionary() const {
     const Column* shared = nullptr;

@@ -38,6 +38,8 @@ public:
     const std::wstring& GetClass() const { return m_klass; }
     const std::wstring& GetOperation() const { return m_op; }
     bool AllowsTokens() const { return m_tokens; }
+    /// Whether the kernel, which is chosen, looks up tokens in a dictionary.
+    bool ReadsDictionary() const;
 
 protected:
     /// Chooses the kernel.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "algebra/ColumnExp.h"
 #include "algebra/ConstantExp.h"
 #include "algebra/MapExp.h"
@@ -10,6 +12,7 @@
 #include "algebra/Select.h"
 #include "algebra/SelectExp.h"
 #include "algebra/status.h"
+#include "primitives/vector_level.h"
 #include "system/QuillonException.h"
 #include "tests/algebra/flow_cells.h"
 #include "tests/algebra/sample_rows.h"
@@ -104,6 +107,45 @@ TEST(CaseExpTest, TextOfSeveralDictionariesIsMerged) {
                                                  MakeRef<ColumnExp>(L"r"), Literal(L"text", "else")});
         EXPECT_EQ(Project1(table, exp, pageSize), expected);
     }
+}
+
+// What is computed for all rows of a page gives the same as what is computed for the rows of each branch.
+TEST(CaseExpTest, CheapBranchesGiveTheSameAsOthers) {
+    std::mt19937 random(5);
+    Texts numbers;
+    for (unsigned row = 0; row < 2000; ++row) numbers.push_back(row % 10 ? std::to_string(random() % 9) : "NULL");
+    for (const vector_level level : {vector_level::scalar, supported_vector_level()}) {
+        set_vector_level(level);
+        for (const std::wstring type : {L"tiny", L"short", L"long", L"bigint", L"double", L"date", L"text"}) {
+            SCOPED_TRACE(std::string(type.begin(), type.end()));
+            const SampleOptions options{.distinct = 50, .nulls = 0.1};
+            const auto table =
+                TableOf({ColumnOf(L"long", L"a", numbers), SampleColumn(type, L"x", 2000, options, random),
+                         type == L"text" ? SampleColumn(type, L"y", 2000, {.distinct = 1}, random)
+                                         : SampleColumn(type, L"y", 2000, {.distinct = 90}, random)});
+            const auto make = [](bool cheap, bool withElse) {
+                const auto see = [cheap](RefCntPtr<Exp> exp) -> RefCntPtr<Exp> {
+                    return cheap ? std::move(exp) : MakeRef<CountingExp>(std::move(exp));
+                };
+                Exp::Arguments arguments{see(Compare(L"lt", "2")), MakeRef<ColumnExp>(L"x"), Compare(L"gt", "6"),
+                                         Literal(L"bit", "NULL"),  Compare(L"lt", "4"),      MakeRef<ColumnExp>(L"y")};
+                if (withElse) arguments.push_back(MakeRef<ColumnExp>(L"x"));
+                return MakeRef<CaseExp>(L"", std::move(arguments));
+            };
+            for (const unsigned pageSize : {1u, 7u, 33u, 1024u}) {
+                for (const bool withElse : {false, true}) {
+                    const Texts expected = Project1(table, make(false, withElse), pageSize);
+                    ASSERT_EQ(expected.size(), 2000u);
+                    const Texts blended = Project1(table, make(true, withElse), pageSize);
+                    for (size_t row = 0; row < expected.size(); ++row) {
+                        ASSERT_EQ(blended[row], expected[row]) << "row " << row << ", a " << numbers[row] << ", page "
+                                                               << pageSize << ", else " << withElse;
+                    }
+                }
+            }
+        }
+    }
+    set_vector_level(supported_vector_level());
 }
 
 TEST(CaseExpTest, ConstantsMakeAConstant) {
