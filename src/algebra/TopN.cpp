@@ -24,6 +24,8 @@ namespace {
 // Candidates are kept beyond the limit, so that not every better row costs a sort.
 constexpr uint64_t spareCandidates = 8192;
 constexpr uint64_t mostRows = uint64_t{1} << 40;
+// Up to this limit the best first keys so far are known at each page.
+constexpr uint64_t mostBestWords = uint64_t{1} << 14;
 
 /// The rows of a flow that may be among the best.
 class Candidates {
@@ -43,7 +45,6 @@ public:
     /// Adds what may count of the page.
     void AddPage() {
         if (!m_bound) Bind();
-        for (const auto& key : m_keys) key->StartPage();
         unsigned count = m_source.GetSelectionCount();
         const unsigned* rows = m_source.GetSelection();
         if (m_rows.size() <= count) {
@@ -53,17 +54,21 @@ public:
         if (m_specs.empty()) {
             return Append(static_cast<unsigned>(std::min<uint64_t>(count, m_limit - m_count)), rows);
         }
+        // Only the first key is read where it leaves nothing over.
+        CutoffKey& first = *m_keys.front();
+        first.StartPage();
+        if (m_depth > 0 && first.HasWords()) {
+            count = first.Filter(count, rows, m_rows.data());
+            if (count == 0) return;
+            rows = m_rows.data();
+        }
+        for (size_t k = 1; k < m_keys.size(); ++k) m_keys[k]->StartPage();
         if (m_depth > 0) {
-            if (m_keys.front()->HasWords()) {
-                count = m_keys.front()->Filter(count, rows, m_rows.data());
-                if (count == 0) return;
-                rows = m_rows.data();
-            }
             count = KeepBetter(count, rows);
             rows = m_rows.data();
         }
-        if (count > m_limit && m_keys.front()->HasWords()) {
-            count = KeepBestOfPage(count, rows);
+        if (first.HasWords() && m_limit <= mostBestWords) {
+            count = KeepBestWords(count, rows);
             rows = m_rows.data();
         }
         Append(count, rows);
@@ -108,6 +113,7 @@ private:
             m_keys.push_back(std::make_unique<CutoffKey>(from, spec.descending));
         }
         if (m_keys.empty()) m_specs.clear();
+        m_bestWords.reserve(std::min(m_limit, mostBestWords));
     }
 
     // Drops the rows that the cut-off row comes before, or that are equal to it in all keys.
@@ -123,21 +129,41 @@ private:
         return kept;
     }
 
-    // Of one page no more rows than the limit count, but for such as are equal in the first key.
-    unsigned KeepBestOfPage(unsigned count, const unsigned* rows) {
-        m_keys.front()->GetWords(count, rows, m_words.data());
-        m_pageWords.assign(m_words.begin(), m_words.begin() + count);
-        const auto last = m_pageWords.begin() + static_cast<ptrdiff_t>(m_limit - 1);
-        std::nth_element(m_pageWords.begin(), last, m_pageWords.end());
-        const uint64_t worst = *last;
+    // Takes the first keys of the rows among the best so far, the worst of which is a cut-off when there are as many as
+    // the limit, and drops the rows beyond it.
+    unsigned KeepBestWords(unsigned count, const unsigned* rows) {
+        CutoffKey& first = *m_keys.front();
+        first.GetWords(count, rows, m_words.data());
+        const bool filled = m_bestWords.size() == m_limit;
+        const uint64_t before = filled ? m_bestWords.front() : 0;
+        for (unsigned i = 0; i < count; ++i) {
+            const uint64_t word = m_words[i];
+            if (m_bestWords.size() == m_limit) {
+                if (word >= m_bestWords.front()) continue;
+                std::pop_heap(m_bestWords.begin(), m_bestWords.end());
+                m_bestWords.back() = word;
+            } else {
+                m_bestWords.push_back(word);
+            }
+            std::push_heap(m_bestWords.begin(), m_bestWords.end());
+        }
+        if (m_bestWords.size() < m_limit) return ListRows(count, rows, ~uint64_t{0});
+        const uint64_t worst = m_bestWords.front();
+        if (!filled || worst != before) {
+            // What was known of the further keys was so for another first one.
+            first.SetCutoff(worst);
+            m_depth = 1;
+        }
+        return ListRows(count, rows, worst);
+    }
+
+    // The rows whose words, which are in m_words, are not above the cut-off, to m_rows, which may be `rows`.
+    unsigned ListRows(unsigned count, const unsigned* rows, uint64_t cutoff) {
         unsigned kept = 0;
         for (unsigned i = 0; i < count; ++i) {
             m_rows[kept] = rows ? rows[i] : i;
-            kept += m_words[i] <= worst;
+            kept += m_words[i] <= cutoff;
         }
-        // The limit is filled by rows that are at least as good, so this is a cut-off too.
-        m_keys.front()->SetCutoff(worst);
-        m_depth = 1;
         return kept;
     }
 
@@ -202,7 +228,7 @@ private:
     uint64_t m_count = 0;
     std::vector<unsigned> m_rows;
     std::vector<uint64_t> m_words;
-    std::vector<uint64_t> m_pageWords;
+    std::vector<uint64_t> m_bestWords;  // a heap, the worst in front
 };
 
 }  // namespace
@@ -260,6 +286,8 @@ uint64_t TopN::Build(unsigned pageSize) {
     const LogScopeTime time("TopN::Build", 1.0);
     const RefCntPtr<DataFlow>& source = GetSource();
     Candidates candidates(*source, m_specs, m_limit, m_progress);
+    // Without specs the first rows end the reading.
+    if (!m_specs.empty()) pageSize = SourcePageSize(pageSize);
     while (m_limit > 0 && (!m_specs.empty() || candidates.GetCount() < m_limit) && source->Next(pageSize) > 0) {
         if (source->GetSelectionCount() > 0) candidates.AddPage();
     }
