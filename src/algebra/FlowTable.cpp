@@ -90,13 +90,24 @@ uint64_t FlowTable::Build(unsigned pageSize) {
         writers.push_back(std::make_unique<ColumnWriter>(m_source->GetColumn(name), GetColumn(name), m_encodings,
                                                          m_purpose, m_progress));
     }
-    WritePages(writers, pageSize);
+    const bool intermediate = m_purpose == ColumnWriter::Purpose::intermediate;
+    WritePages(writers, intermediate ? SourcePageSize(pageSize) : pageSize);
     for (const auto& [name, column] : m_columns) TakeErrorCounts(*m_source->GetColumn(name), *column);
 
     m_built = true;
     time.SetNumber(GetCount());
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) DescribeExecution();
     return GetCount();
+}
+
+// Few cells are copied in less time than it takes to wake another thread. What goes to a database is also counted and
+// encoded.
+bool FlowTable::WritesAtOnce(unsigned rows) const {
+    constexpr uint64_t fewBytes = 1u << 18;
+    if (m_purpose == ColumnWriter::Purpose::storage) return false;
+    uint64_t width = 0;
+    for (const auto& [name, column] : m_columns) width += column->GetTokenSize();
+    return rows * width <= fewBytes;
 }
 
 void FlowTable::WritePages(const Writers& writers, unsigned pageSize) {
@@ -119,6 +130,15 @@ void FlowTable::WritePages(const Writers& writers, unsigned pageSize) {
         }
         const unsigned* const selection = m_source->GetSelection();
         for (const auto& writer : writers) writer->BeginPage(count, selection);
+        if (WritesAtOnce(count)) {
+            for (const auto& writer : writers) {
+                writer->StagePage(count, selection);
+                writer->WritePage();
+            }
+            m_count.store(GetCount() + count, std::memory_order_relaxed);
+            extent = m_source->Next(pageSize);
+            continue;
+        }
         each([&](ColumnWriter& writer) { writer.StagePage(count, selection); });
         // The page is written while the source makes the next one.
         tbb::task_group writing;

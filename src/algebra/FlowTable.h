@@ -10,7 +10,8 @@
 
 namespace qve {
 
-/// Drains a flow into temporary columns, each encoded as its values suggest. The columns are written in parallel.
+/// Drains a flow into temporary columns, each encoded as its values suggest. The columns of larger pages are written in
+/// parallel.
 class FlowTable : public Table {
 public:
     /// What the encodings mask of a table holds: everything, or only what can be read at any row at little cost.
@@ -50,6 +51,7 @@ public:
 
 private:
     using Writers = std::vector<std::unique_ptr<ColumnWriter>>;
+    bool WritesAtOnce(unsigned rows) const;
     void WritePages(const Writers& writers, unsigned pageSize);
     void DescribeExecution() const;
 

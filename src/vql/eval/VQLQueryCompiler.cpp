@@ -24,6 +24,7 @@
 #include "storage/Database.h"
 #include "storage/DatabaseFamily.h"
 #include "storage/DatabaseSchema.h"
+#include "storage/EncodingFactory.h"
 #include "storage/stream/DataStream.h"
 #include "system/QuillonException.h"
 #include "vql/VQLExpressions.h"
@@ -222,7 +223,10 @@ std::vector<Namespace::SortSpec> VQLQueryCompiler::GetSortSpecs(const VQLOrderQu
 }
 
 void VQLQueryCompiler::VisitOrder(VQLOrderQuery& query) {
-    RefCntPtr<Table> input = MakeTable(Compile(query.GetInput()));
+    // Rows to be sorted are read whole, and then by their numbers: encoded cells would only have to be decoded.
+    const RefCntPtr<Namespace> rows = Compile(query.GetInput());
+    RefCntPtr<Table> input = DynamicPtrCast<Table>(rows);
+    if (!input) input = MakeRef<FlowTable>(MakeDataFlow(rows), EncodingFactory::Mask::None);
     std::vector<std::wstring> ranks;
     for (const auto& order : query.GetOrders()) {
         ranks.push_back(order.output.empty() ? std::wstring() : GetIdentifier(order.output));
