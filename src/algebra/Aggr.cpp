@@ -98,7 +98,8 @@ uint64_t Aggr::Build(unsigned pageSize) {
     for (auto& [name, column] : m_columns) {
         if (!column) column = LoadColumn(name);
     }
-    BuildPartitioned(pageSize);
+    // A limit ends the reading at the page that passes it.
+    BuildPartitioned(m_groupLimit == noLimit ? SourcePageSize(pageSize) : pageSize);
     SetGrouping(nullptr);
     for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->FinishAggregate(m_groupCount);
     m_built = true;
@@ -241,7 +242,7 @@ void Aggr::InsertRow(unsigned row) {
 
 void Aggr::Accumulate(unsigned count, input_column groups, const unsigned* sel) {
     const bool split = (groups.flags & column_flags::constant) == 0 && m_groupCount <= GroupPartition::maxGroups &&
-                       m_aggregates.size() > 1;
+                       m_aggregates.size() >= GroupPartition::fewestAggregates;
     if (!split) return FoldPage(count, groups, sel);
     m_partition->Reset(m_groupCount, count, groups, sel);
     for (unsigned group = 0; group < m_groupCount; ++group) {

@@ -38,6 +38,16 @@ struct RangeSlot {
         if constexpr (Nulls) return key == null ? slots + 1 : slot;
         return slot;
     }
+    [[gnu::target("avx2"), gnu::always_inline]] __m256i eight(const U* keys) const {
+        const __m256i key = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(keys));
+        const __m256i last = _mm256_set1_epi32(static_cast<int>(slots));
+        const __m256i slot = _mm256_min_epu32(_mm256_sub_epi32(key, _mm256_set1_epi32(static_cast<int>(base))), last);
+        if constexpr (Nulls) {
+            const __m256i isNull = _mm256_cmpeq_epi32(key, _mm256_set1_epi32(static_cast<int>(null)));
+            return _mm256_sub_epi32(_mm256_blendv_epi8(slot, last, isNull), isNull);  // the slot behind the last one
+        }
+        return slot;
+    }
 };
 
 bool ParseInteger(const std::wstring& text, long long& value) {

@@ -88,6 +88,7 @@ void ColumnWriter::UseOwnDictionary() {
 
 void ColumnWriter::BeginPage(unsigned count, const unsigned* selection) {
     if (!m_factory) AdoptFirstPage();
+    m_source->GetInput(0);  // may decode, which several columns of one stream must not do at once
     if (!m_source->IsCompressed()) return;
     if (!m_ownDictionary &&
         (m_source->GetDict() != m_target->GetDict() || m_source->GetTokenSize() != m_target->GetTokenSize())) {

@@ -10,8 +10,9 @@ namespace qve {
 /// which they do in registers, instead of going to memory for each row.
 class GroupPartition {
 public:
-    /// Up to this many groups the split of a page costs less than it saves.
+    /// Up to this many groups, and from so many aggregates on, the split of a page costs less than it saves.
     static constexpr unsigned maxGroups = 8;
+    static constexpr unsigned fewestAggregates = 4;
 
     /// Splits the `count` rows that `sel` selects (null: all) by `groups`, which are unsigned 32-bit, indexed by row
     /// position, and below `groupCount`, at most maxGroups.

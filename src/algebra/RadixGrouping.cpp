@@ -20,6 +20,16 @@ struct LowBits {
     size_t operator()(K key) const {
         return static_cast<unsigned short>(key);
     }
+    [[gnu::target("avx2"), gnu::always_inline]] __m256i eight(const unsigned char* keys) const {
+        return _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(keys)));
+    }
+    [[gnu::target("avx2"), gnu::always_inline]] __m256i eight(const unsigned short* keys) const {
+        return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(keys)));
+    }
+    [[gnu::target("avx2"), gnu::always_inline]] __m256i eight(const unsigned* keys) const {
+        return _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(keys)),
+                                _mm256_set1_epi32((1 << tableBits) - 1));
+    }
 };
 
 template <class F>

@@ -14,8 +14,18 @@ public:
     /// The number of rows; valid once the table is built.
     virtual uint64_t GetCount() const = 0;
     /// Does the work on the first call and returns GetCount(); later calls only return it. `pageSize` is the size, in
-    /// rows, of the pages that are pulled from sources. Never runs concurrently with itself.
+    /// rows, of the pages that a consumer asks for; sources are pulled by pages of at least that. Never runs
+    /// concurrently with itself.
     virtual uint64_t Build(unsigned pageSize) = 0;
+
+protected:
+    /// The size of the pages by which a table that reads its source to the end pulls it. What each page costs counts
+    /// for less in larger ones, and nobody waits for the first; they still lie in the cache.
+    static unsigned SourcePageSize(unsigned pageSize) {
+        constexpr unsigned factor = 4;
+        constexpr unsigned most = 8192;
+        return pageSize > most / factor ? pageSize : pageSize * factor;
+    }
 };
 
 }  // namespace qve

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include <algorithm>
+#include <cstdint>
 
 #include "primitives/capacity.h"
 #include "primitives/groups.h"
@@ -97,16 +98,35 @@ struct aggregate_kernel {
         }
     }
 
+    /// The accumulators that are null, of the first ones up to `highest`, which is below few_groups; bit g for group g.
+    static uint64_t nulls_of(const R* accumulators, unsigned highest) {
+        uint64_t nulls = 0;
+        for (unsigned g = 0; g <= highest; ++g) nulls |= uint64_t{is_null(accumulators[g])} << g;
+        return nulls;
+    }
+    /// The groups that rows are of, likewise.
+    static uint64_t groups_of(unsigned n, unsigned const* groups, unsigned const* sel) {
+        uint64_t seen = 0;
+        for (unsigned k = 0; k < n; ++k) seen |= uint64_t{1} << groups[sel ? sel[k] : k];
+        return seen;
+    }
+
     template <bool Nulls>
     static void fold_few(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel, unsigned highest) {
-        std::array<std::array<partial, few_groups>, copies> parts;
-        for (auto& copy : parts) std::fill_n(copy.begin(), highest + 1, partial());
+        R parts[copies][few_groups];
+        for (auto& copy : parts) std::fill_n(copy, highest + 1, Op::template identity<R>());
+        // Whether a group has a value matters only where its accumulator is null; without nulls a row is a value.
+        uint64_t seen = ~uint64_t{0};
+        if constexpr (Op::starts_null) {
+            seen = Nulls ? 0 : (nulls_of(out, highest) == 0 ? seen : groups_of(n, groups, sel));
+        }
         const auto fold = [&](unsigned copy, unsigned k) [[gnu::always_inline]] {
             const unsigned i = sel ? sel[k] : k;
+            const unsigned group = groups[i];
             const A x = a[i];
-            partial& part = parts[copy][groups[i]];
-            part.value = Op::merge(part.value, lifted<Nulls>(x));
-            part.seen |= !Nulls || !is_null(x);
+            R& part = parts[copy][group];
+            part = Op::merge(part, lifted<Nulls>(x));
+            if constexpr (Nulls && Op::starts_null) seen |= uint64_t{!is_null(x)} << group;
         };
         unsigned k = 0;
         for (; k + copies <= n; k += copies) {
@@ -114,19 +134,19 @@ struct aggregate_kernel {
         }
         for (; k < n; ++k) fold(0, k);
         for (unsigned g = 0; g <= highest; ++g) {
-            const R left = Op::merge(parts[0][g].value, parts[1][g].value);
-            const R right = Op::merge(parts[2][g].value, parts[3][g].value);
-            const bool seen = parts[0][g].seen | parts[1][g].seen | parts[2][g].seen | parts[3][g].seen;
-            out[g] = folded(out[g], Op::merge(left, right), seen);
+            const R left = Op::merge(parts[0][g], parts[1][g]);
+            const R right = Op::merge(parts[2][g], parts[3][g]);
+            out[g] = folded(out[g], Op::merge(left, right), seen >> g & 1);
         }
     }
 
+    template <bool Nulls>
     static void fold_many(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel) {
         for (unsigned k = 0; k < n; ++k) {
             const unsigned i = sel ? sel[k] : k;
             const A x = a[i];
             R& accumulator = out[groups[i]];
-            accumulator = folded(accumulator, lifted<true>(x), !is_null(x));
+            accumulator = folded(accumulator, lifted<Nulls>(x), !Nulls || !is_null(x));
         }
     }
 
@@ -148,7 +168,8 @@ struct aggregate_kernel {
                 values.whole ? fold_few<false>(n, accumulators, values, group, sel, highest)
                              : fold_few<true>(n, accumulators, values, group, sel, highest);
             } else {
-                fold_many(n, accumulators, values, group, sel);
+                values.whole ? fold_many<false>(n, accumulators, values, group, sel)
+                             : fold_many<true>(n, accumulators, values, group, sel);
             }
         }
         if (!Op::starts_null && out.flags) *out.flags |= column_flags::not_null;

@@ -138,16 +138,23 @@ std::vector<std::vector<std::string>> Rows(const Table& table, const std::vector
 }
 
 SampleSelect::SampleSelect(RefCntPtr<Table> table, double share, unsigned seed)
-    : DataFlow(MakeRef<Scan>(table), table->GetColumnNames()), m_share(share), m_seed(seed), m_random(seed) {}
+    : DataFlow(MakeRef<Scan>(table), table->GetColumnNames()), m_share(share), m_seed(seed) {}
 
 unsigned SampleSelect::Next(unsigned pageSize) {
     const uint64_t first = m_source->GetCursor();
     DataFlow::Next(pageSize);
-    std::uniform_real_distribution<> share;
-    const bool nothing = m_share < 1 && share(m_random) < 0.1;
+    // Whether a row passes does not depend on the pages. Some stretches of rows are left out whole.
+    constexpr uint64_t stretch = 120;
+    const auto draw = [this](uint64_t number) {
+        std::minstd_rand random(static_cast<unsigned>(m_seed + 7919 * number + 1));
+        random.discard(3);
+        return std::uniform_real_distribution<>()(random);
+    };
     m_rows.clear();
     for (unsigned row = 0; row < m_extent; ++row) {
-        if (m_share >= 1 || (!nothing && share(m_random) < m_share)) m_rows.push_back(row);
+        const uint64_t number = first + row;
+        const bool passes = draw(~(number / stretch)) >= 0.1 && draw(number) < m_share;
+        if (m_share >= 1 || passes) m_rows.push_back(row);
     }
     for (const unsigned row : m_rows) m_selected.push_back(first + row);
     if (m_share < 1) m_selection = m_rows.data();
@@ -157,7 +164,6 @@ unsigned SampleSelect::Next(unsigned pageSize) {
 
 void SampleSelect::ResetCursor() {
     DataFlow::ResetCursor();
-    m_random.seed(m_seed);
     m_selected.clear();
 }
 

@@ -57,7 +57,6 @@ public:
 private:
     const double m_share;
     const unsigned m_seed;
-    std::mt19937 m_random;
     std::vector<unsigned> m_rows;
     std::vector<uint64_t> m_selected;
 };
