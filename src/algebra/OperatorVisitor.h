@@ -49,6 +49,7 @@ class ShowDatabase;
 class ShowDatabases;
 class ShowFolder;
 class ShowSchemas;
+class CheckDatabase;
 class ShowVirtualTable;
 class ShowTables;
 class TextScan;
@@ -111,6 +112,7 @@ public:
     virtual void VisitShowDatabases(ShowDatabases& statement) = 0;
     virtual void VisitShowFolder(ShowFolder& statement) = 0;
     virtual void VisitShowSchemas(ShowSchemas& statement) = 0;
+    virtual void VisitCheckDatabase(CheckDatabase& statement) = 0;
     virtual void VisitShowVirtualTable(ShowVirtualTable& statement) = 0;
     virtual void VisitShowTables(ShowTables& statement) = 0;
     virtual void VisitTextScan(TextScan& flow) = 0;

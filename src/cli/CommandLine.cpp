@@ -14,8 +14,10 @@ constexpr const char* s_message =
     "An error prints its status number and text, and for a mistake in the statement the line, the column and the "
     "place. "
     "The exit status is 0 only when every statement succeeded, 1 when one failed, 2 when there was no server, and 130 "
-    "when Ctrl-C came between statements. Two words make it another program, each with a --help of its own: qve import "
-    "brings text files into a table, qve export writes the result of a statement to a file.";
+    "when Ctrl-C came between statements. Three words make it another program, each with a --help of its own: qve "
+    "import "
+    "brings text files into a table, qve export writes the result of a statement to a file, qve check verifies a "
+    "database.";
 
 const std::map<std::string, Format> s_formats{{"table", Format::table}, {"csv", Format::csv},
                                               {"tsv", Format::tsv},     {"json", Format::json},

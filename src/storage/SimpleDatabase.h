@@ -92,6 +92,9 @@ public:
 
     /// Paths, relative to the root, of all files of a table's columns. Throws 40456 for an unknown table.
     std::vector<std::wstring> GetColumnFiles(const std::wstring& table, const std::wstring& schema) const;
+    /// Directories of a schema and of a table of the catalog, relative to the root. Throw for unknown ones.
+    std::wstring GetSchemaDirectory(const std::wstring& schema) const;
+    std::wstring GetTableDirectory(const std::wstring& table, const std::wstring& schema) const;
     /// "SYS/SCHEMAS_NAME.data" for "SCHEMAS", "NAME" and ".data".
     static std::wstring SystemColumnPath(const std::wstring& table, const std::wstring& column,
                                          const std::wstring& extension);

@@ -115,6 +115,21 @@ std::wstring SimpleDatabase::Impl::ColumnFile(const Place& place, const usrprops
     return Path::join(place.directory, FileName(properties, key));
 }
 
+std::wstring SimpleDatabase::GetSchemaDirectory(const std::wstring& schema) const {
+    std::lock_guard guard(m_impl->mutex);
+    if (schema == systemSchema) return systemSchema;
+    const auto catalog = m_impl->CatalogOf(schema);
+    if (!catalog) return {};
+    return Impl::FileName(catalog->schemas.SelectProperties(m_impl->FindSchema(*catalog, schema)),
+                          usrpropkey::data_file);
+}
+
+std::wstring SimpleDatabase::GetTableDirectory(const std::wstring& table, const std::wstring& schema) const {
+    std::lock_guard guard(m_impl->mutex);
+    if (schema == systemSchema) return systemSchema;
+    return m_impl->FindTable(m_impl->CatalogOf(schema).get(), table, schema).directory;
+}
+
 std::wstring SimpleDatabase::SystemColumnPath(const std::wstring& table, const std::wstring& column,
                                               const std::wstring& extension) {
     return Path::join(systemSchema, NameSystemColumn(table, column) + extension);

@@ -118,6 +118,29 @@ TEST_F(QveProgram, ImportsSeveralFilesIntoOneTable) {
     EXPECT_FALSE(std::filesystem::exists(m_path / "other"));
 }
 
+TEST_F(QveProgram, ChecksADatabase) {
+    std::ofstream(m_path / "c.csv") << "id,word\n1,a\n2,b\n";
+    ASSERT_EQ(In("QVE import c.csv --into db --table t").status, 0);
+    const Outcome sound = In("QVE check db");
+    EXPECT_EQ(sound.status, 0) << sound.output;
+    EXPECT_NE(sound.output.find("/db: 8 tables, 29 columns, sound\n"), std::string::npos) << sound.output;
+
+    std::ofstream(m_path / "db" / "main" / "t" / "stray") << "x";
+    const Outcome left = In("QVE check db");
+    EXPECT_EQ(left.status, 0);
+    EXPECT_NE(left.output.find("left over: "), std::string::npos) << left.output;
+    EXPECT_EQ(In("QVE check db --temp").status, 0);
+    EXPECT_FALSE(std::filesystem::exists(m_path / "db" / "main" / "t" / "stray"));
+
+    std::filesystem::resize_file(m_path / "db" / "main" / "t" / "word.1.dict", 1);
+    const Outcome damaged = In("QVE check db --salvage saved");
+    EXPECT_EQ(damaged.status, 1);
+    EXPECT_NE(damaged.output.find("damaged: [main].[t].[word]: "), std::string::npos) << damaged.output;
+    EXPECT_NE(damaged.output.find("salvaged: [main].[t]: 1 of 2 columns, 2 rows"), std::string::npos) << damaged.output;
+    EXPECT_EQ(In("QVE check saved").status, 0);
+    EXPECT_EQ(In("QVE check none").status, 1);
+}
+
 TEST_F(QveProgram, SaysWhatIsWrongWithTheCommandLine) {
     EXPECT_EQ(In("QVE import a.csv --into db --table a.b.c").status, 1);
     EXPECT_EQ(In("QVE export --from db").status, 1);

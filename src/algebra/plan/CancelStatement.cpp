@@ -6,11 +6,12 @@
 #include "algebra/Order.h"
 #include "algebra/Scan.h"
 #include "algebra/TopN.h"
+#include "commands/CheckDatabase.h"
 #include "commands/CreateColumn.h"
 #include "commands/CreateTable.h"
 #include "commands/Insert.h"
-#include "ingest/BinaryScan.h"
 #include "commands/PackageDatabase.h"
+#include "ingest/BinaryScan.h"
 #include "ingest/TextScan.h"
 #include "system/ProgressCallback.h"
 
@@ -52,6 +53,10 @@ void CancelStatement::VisitJoin(Join& flow) {
 void CancelStatement::VisitOrder(Order& table) {
     OperatorVisitorImpl::VisitOrder(table);
     if (const RefCntPtr<ProgressCallback>& progress = table.GetProgressCallback()) progress->SetCancelled();
+}
+
+void CancelStatement::VisitCheckDatabase(CheckDatabase& statement) {
+    statement.GetProgressCallback()->SetCancelled();
 }
 
 void CancelStatement::VisitPackageDatabase(PackageDatabase& statement) {

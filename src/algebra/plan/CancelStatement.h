@@ -20,6 +20,7 @@ public:
     void VisitInsert(Insert& statement) override;
     void VisitJoin(Join& flow) override;
     void VisitOrder(Order& table) override;
+    void VisitCheckDatabase(CheckDatabase& statement) override;
     void VisitPackageDatabase(PackageDatabase& statement) override;
     void VisitScan(Scan& flow) override;
     void VisitTextScan(TextScan& flow) override;

@@ -17,8 +17,9 @@
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
 #include "algebra/TopN.h"
-#include "ingest/BinaryScan.h"
+#include "commands/CheckDatabase.h"
 #include "commands/PackageDatabase.h"
+#include "ingest/BinaryScan.h"
 #include "ingest/TextScan.h"
 #include "types/datatraits.h"
 
@@ -56,10 +57,19 @@ void EstimateProgress::VisitLeafTable(LeafTable& table) {
     Push({.first = rows, .last = rows});
 }
 
+void EstimateProgress::PushProgress(const ProgressCallback& progress) {
+    uint64_t first, last;
+    Estimate work{.first = unknown, .last = unknown};
+    progress.GetProgress(first, last, work.done, work.total);
+    Push(work);
+}
+
+void EstimateProgress::VisitCheckDatabase(CheckDatabase& statement) {
+    PushProgress(*statement.GetProgressCallback());
+}
+
 void EstimateProgress::VisitPackageDatabase(PackageDatabase& statement) {
-    Estimate files;
-    statement.GetProgressCallback()->GetProgress(files.first, files.last, files.done, files.total);
-    Push(files);
+    PushProgress(*statement.GetProgressCallback());
 }
 
 void EstimateProgress::VisitScan(Scan& flow) {

@@ -8,6 +8,7 @@
 namespace qve {
 
 class Operator;
+class ProgressCallback;
 
 /// Estimates, while a plan runs or before, how many rows it will give and how far it is. Reads cursors and counts only,
 /// so another thread than the plan's may ask.
@@ -36,6 +37,7 @@ public:
     void VisitLeafTable(LeafTable& table) override;
     void VisitOrdAggr(OrdAggr& flow) override;
     void VisitOrder(Order& table) override;
+    void VisitCheckDatabase(CheckDatabase& statement) override;
     void VisitPackageDatabase(PackageDatabase& statement) override;
     void VisitPivot(Pivot& flow) override;
     void VisitPositionalJoin(PositionalJoin& table) override;
@@ -46,6 +48,7 @@ public:
 
 private:
     Estimate Pop();
+    void PushProgress(const ProgressCallback& progress);
     void Push(const Estimate& estimate) { m_stack.push_back(estimate); }
 
     std::vector<Estimate> m_stack;

@@ -20,6 +20,7 @@
 #include "algebra/TopN.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 #include "algebra/plan/absent_operator.h"
+#include "commands/CheckDatabase.h"
 #include "commands/CreateColumn.h"
 #include "commands/CreateDatabase.h"
 #include "commands/CreateFolder.h"
@@ -178,6 +179,10 @@ void NamespaceVisitor::VisitShowDatabases(ShowDatabases& statement) {
 }
 
 void NamespaceVisitor::VisitShowFolder(ShowFolder& statement) {
+    VisitNamespace(statement);
+}
+
+void NamespaceVisitor::VisitCheckDatabase(CheckDatabase& statement) {
     VisitNamespace(statement);
 }
 

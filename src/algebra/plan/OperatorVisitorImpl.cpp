@@ -135,6 +135,8 @@ void OperatorVisitorImpl::VisitShowFolder(ShowFolder&) {}
 
 void OperatorVisitorImpl::VisitShowSchemas(ShowSchemas&) {}
 
+void OperatorVisitorImpl::VisitCheckDatabase(CheckDatabase&) {}
+
 void OperatorVisitorImpl::VisitShowVirtualTable(ShowVirtualTable&) {}
 
 void OperatorVisitorImpl::VisitShowTables(ShowTables&) {}

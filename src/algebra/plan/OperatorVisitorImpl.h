@@ -61,6 +61,7 @@ public:
     void VisitShowDatabases(ShowDatabases& statement) override;
     void VisitShowFolder(ShowFolder& statement) override;
     void VisitShowSchemas(ShowSchemas& statement) override;
+    void VisitCheckDatabase(CheckDatabase& statement) override;
     void VisitShowVirtualTable(ShowVirtualTable& statement) override;
     void VisitShowTables(ShowTables& statement) override;
     void VisitTextScan(TextScan& flow) override;

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/CheckCommand.h"
 #include "cli/CommandLine.h"
 #include "cli/ExportCommand.h"
 #include "cli/ImportCommand.h"
@@ -16,9 +17,12 @@ int Run(int argc, char** argv) {
     const std::string_view word = argc > 1 ? argv[1] : "";
     // A form of its own has its own options: its two words stand for the program's name.
     std::vector<std::string> arguments(argv + (argc > 1), argv + argc);
-    if (word == "import" || word == "export") arguments.front() = argv[0] + (" " + arguments.front());
+    if (word == "import" || word == "export" || word == "check") {
+        arguments.front() = argv[0] + (" " + arguments.front());
+    }
     if (word == "import") return ImportCommand::Parse(std::move(arguments)).Run();
     if (word == "export") return ExportCommand::Parse(std::move(arguments)).Run();
+    if (word == "check") return CheckCommand::Parse(std::move(arguments)).Run();
     const CommandLine commandLine = CommandLine::Parse(argc, argv);
     return Program(commandLine).Run();
 }

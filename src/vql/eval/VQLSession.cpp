@@ -2,6 +2,7 @@
 
 #include "algebra/DataFlow.h"
 #include "algebra/FlowTable.h"
+#include "commands/CheckDatabase.h"
 #include "commands/ConnectOperator.h"
 #include "commands/PackageDatabase.h"
 #include "metrics/Scope.h"
@@ -93,6 +94,7 @@ RefCntPtr<Table> VQLSession::Eval(const std::wstring& text, EvalTimers& timers) 
 
 VQLSession::Handler VQLSession::FindCommand(const RefCntPtr<VQLNode>& node) {
     static const Handlers commands{
+        {L"check", &VQLSession::ExecCheck},
         {L"connect", &VQLSession::ExecConnect},
         {L"create", &VQLSession::ExecCreate},
         {L"drop", &VQLSession::ExecDrop},
@@ -154,6 +156,29 @@ RefCntPtr<Namespace> VQLSession::ExecConnect(const VQLCommandArguments& args) {
     SelectDatabase(MakeRef<SimpleDatabase>(path));
     Message(path);
     return MakeRef<ConnectOperator>();
+}
+
+RefCntPtr<Namespace> VQLSession::ExecCheck(const VQLCommandArguments& args) {
+    static const Handlers handlers{{L"database", &VQLSession::CheckDatabaseCommand}};
+    return ExecModifier(args, handlers);
+}
+
+RefCntPtr<Namespace> VQLSession::CheckDatabaseCommand(const VQLCommandArguments& args) {
+    const std::wstring path = ResolveDatabasePath(args, 2);
+    CheckDatabase::Options options;
+    for (size_t place = 3; place < args.size(); ++place) {
+        const std::wstring* option = args.Symbol(place);
+        if (!option) args.Raise(2, L"Missing option");
+        if (*option == L"temp") {
+            options.removeLeftovers = true;
+        } else if (*option == L"salvage") {
+            options.salvage = ResolveDatabasePath(args, ++place);
+            if (Path::exists(options.salvage)) args.Raise(2, L"Path already exists.");
+        } else {
+            args.Raise(2, L"Unknown option: " + *option);
+        }
+    }
+    return MakeRef<CheckDatabase>(path, std::move(options));
 }
 
 RefCntPtr<Namespace> VQLSession::ExecPackage(const VQLCommandArguments& args) {

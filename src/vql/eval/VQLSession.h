@@ -59,6 +59,8 @@ private:
 
     /// Null when the node is no command.
     static Handler FindCommand(const RefCntPtr<VQLNode>& node);
+    RefCntPtr<Namespace> ExecCheck(const VQLCommandArguments& args);
+    RefCntPtr<Namespace> CheckDatabaseCommand(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecConnect(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecCreate(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDrop(const VQLCommandArguments& args);
