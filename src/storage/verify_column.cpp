@@ -78,8 +78,9 @@ std::wstring VerifyColumn(Column& column, const std::function<void()>& pause) {
         const uint64_t count =
             std::min({column.Seek(row, std::min(rows_at_once, rows - row)), rows_at_once, rows - row});
         if (count == 0) return L"it ends at row " + std::to_wstring(row) + L" of " + std::to_wstring(rows);
+        const void* const cells = column.GetInput().data;  // decodes them
         column.Load(row, count);
-        if (column.IsCompressed() && !AllKnown(column.GetInput().data, width, count, entries)) {
+        if (column.IsCompressed() && !AllKnown(cells, width, count, entries)) {
             return L"a row from " + std::to_wstring(row) + L" on has no entry in its dictionary";
         }
         row += count;
