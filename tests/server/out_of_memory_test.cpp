@@ -23,15 +23,16 @@ bool refuses_allocation() {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined: g++ would take the pair of malloc and delete for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     void* memory = refuses_allocation() ? nullptr : std::malloc(size == 0 ? 1 : size);
     if (!memory) throw std::bad_alloc();
     return memory;
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
