@@ -59,7 +59,7 @@ int Compare(const std::vector<char>& arena, const OrderedBytes& a, const Ordered
 
 }  // namespace
 
-DictionaryRanks::DictionaryRanks(const usrheap& heap, const std::vector<uint64_t>& tokens,
+DictionaryRanks::DictionaryRanks(const usrheap& heap, std::span<const uint64_t> tokens,
                                  const ProgressCallback* progress) {
     const uint64_t end = heap.next();
     m_present.resize(end / 64 + 1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace qve {
@@ -14,7 +15,7 @@ class DictionaryRanks {
 public:
     /// Of the values of `heap` that `tokens` refer to; other tokens must not be asked for. All ones and tokens without
     /// a value count as null. Throws CancelledException when `progress`, which may be null, says so.
-    DictionaryRanks(const usrheap& heap, const std::vector<uint64_t>& tokens, const ProgressCallback* progress);
+    DictionaryRanks(const usrheap& heap, std::span<const uint64_t> tokens, const ProgressCallback* progress);
 
     /// 0 for a null; values count from 1.
     uint64_t GetRank(uint64_t token) const {

@@ -16,7 +16,7 @@
 #include "algebra/status.h"
 #include "primitives/primitive.h"
 #include "storage/Column.h"
-#include "storage/stream/MemoryDataStream.h"
+#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogEntry.h"
@@ -69,7 +69,7 @@ RefCntPtr<Column> CopyColumn(Column& column, uint64_t start, uint64_t count, con
     usrprops properties = column.GetProperties();
     for (const usrpropkey key : {usrpropkey::encoding, usrpropkey::storagetype}) properties.erase(key);
     const WholeColumn cells(column, start, count, progress);
-    const auto data = MakeRef<MemoryDataStream>();
+    const auto data = MakeRef<TempFileDataStream>();
     if (count > 0) data->Append(cells.GetInput().data, count * cells.GetInput().width);
     return MakeRef<Column>(std::move(properties), data, column.GetDict());
 }
@@ -107,7 +107,7 @@ void Join::EnforceCompatibility(unsigned pageSize) {
     if (enforced && VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "JOIN Enforced";
 }
 
-// The inner key columns, whole and plain.
+// The inner key columns, whole and plain; in a file where they are large.
 RefCntPtr<Table> Join::CopyKeys() const {
     ColumnMap columns;
     for (const std::wstring& name : m_innerKeys) {

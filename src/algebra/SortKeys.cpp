@@ -52,10 +52,10 @@ SortKeys::Key SortKeys::LoadKey(const Namespace::SortSpec& spec) const {
     return key;
 }
 
-std::vector<uint64_t> SortKeys::LoadWords(const Namespace::SortSpec& spec) const {
+budgeted_vector<uint64_t> SortKeys::LoadWords(const Namespace::SortSpec& spec) const {
     const RefCntPtr<Column> column = m_table.GetColumn(spec.name);
     const uint64_t count = m_table.GetCount();
-    std::vector<uint64_t> words(count);
+    budgeted_vector<uint64_t> words(count);
     const auto read = [&](auto tag, auto convert) {
         using T = typename decltype(tag)::type;
         for (uint64_t row = 0; row < count;) {
@@ -117,7 +117,7 @@ void SortKeys::FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, u
 bool SortKeys::Less(unsigned a, unsigned b) {
     for (size_t k = 0;; ++k) {
         if (k == m_keys.size() && !Load(m_bits + 1)) return false;
-        const std::vector<uint64_t>& words = m_keys[k].words;
+        const budgeted_vector<uint64_t>& words = m_keys[k].words;
         if (words[a] != words[b]) return words[a] < words[b];
     }
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "algebra/Namespace.h"
+#include "os/BudgetedMemory.h"
 
 namespace qve {
 
@@ -31,7 +32,7 @@ public:
 
 private:
     struct Key {
-        std::vector<uint64_t> words;
+        budgeted_vector<uint64_t> words;
         uint64_t low;
         unsigned bits;
         uint64_t first;  // bit of the string
@@ -39,7 +40,7 @@ private:
 
     bool Load(uint64_t bits);
     Key LoadKey(const Namespace::SortSpec& spec) const;
-    std::vector<uint64_t> LoadWords(const Namespace::SortSpec& spec) const;
+    budgeted_vector<uint64_t> LoadWords(const Namespace::SortSpec& spec) const;
 
     const Table& m_table;
     const std::vector<Namespace::SortSpec> m_specs;

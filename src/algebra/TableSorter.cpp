@@ -85,19 +85,24 @@ bool TableSorter::Sort(uint64_t limit) {
     uint64_t candidates = rows;
     if (m_count < rows) {
         // Only what may come before the limit is sorted at all.
-        std::nth_element(m_items.begin(), m_items.begin() + static_cast<ptrdiff_t>(m_count - 1), m_items.end());
-        const uint64_t last = m_items[m_count - 1] >> SortKeys::chunkBits;
-        const auto end = std::partition(m_items.begin() + static_cast<ptrdiff_t>(m_count), m_items.end(),
-                                        [last](uint64_t item) { return item >> SortKeys::chunkBits <= last; });
-        candidates = static_cast<uint64_t>(end - m_items.begin());
+        const uint64_t last = radix_select(rows, m_items.data(), m_count - 1, m_progress.get());
+        candidates = 0;
+        for (uint64_t block = 0; block < rows; block += blockRows) {
+            CheckCancelled();
+            for (uint64_t i = block, end = std::min<uint64_t>(rows, block + blockRows); i < end; ++i) {
+                m_items[candidates] = m_items[i];
+                candidates += m_items[i] >> SortKeys::chunkBits <= last;
+            }
+        }
     }
     for (uint64_t i = 0; i < candidates; ++i) m_permutation[i] = static_cast<unsigned>(m_items[i]);
     m_permutation.resize(candidates);
     m_scratch.resize(candidates);
     SortRows(keys, 0, candidates, 0);
     m_permutation.resize(m_count);
-    m_items = {};
-    m_scratch = {};
+    // An assignment of nothing would keep the memory.
+    budgeted_vector<uint64_t>().swap(m_items);
+    budgeted_vector<uint64_t>().swap(m_scratch);
     return true;
 }
 
@@ -161,14 +166,18 @@ bool TableSorter::RadixSort() {
     const RefCntPtr<Column> key = m_table->GetColumn(m_specs.front().name);
     const WholeColumn cells(*key, m_table->GetStart(), rows, m_progress.get());
     constexpr unsigned empty = ~0u;
-    std::vector<unsigned> places(rows, empty);
+    budgeted_vector<unsigned> places(rows, empty);
     bool permuted = true;
     const bool known = with_atom(key->GetPrimitiveType(usrpropkey::compression), [&](auto tag) {
         using T = typename decltype(tag)::type;
         const T* values = cells.GetInput().values<T>();
         uint64_t low = ~uint64_t{0};
-        for (uint64_t row = 0; row < rows; ++row) low = std::min(low, sort_word(values[row]));
+        for (uint64_t row = 0; row < rows; ++row) {
+            if (row % blockRows == 0) CheckCancelled();
+            low = std::min(low, sort_word(values[row]));
+        }
         for (uint64_t row = 0; row < rows && permuted; ++row) {
+            if (row % blockRows == 0) CheckCancelled();
             const uint64_t place = sort_word(values[row]) - low;
             permuted = place < rows && places[place] == empty;
             if (permuted) places[place] = static_cast<unsigned>(row);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
+#include "os/BudgetedMemory.h"
 #include "types/input_column.h"
 
 namespace qve {
@@ -23,7 +23,7 @@ public:
     const input_column& GetInput() const { return m_view; }
 
 private:
-    std::vector<char> m_copy;
+    budgeted_vector<char> m_copy;
     input_column m_view;
 };
 

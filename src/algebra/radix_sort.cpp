@@ -53,4 +53,25 @@ void radix_sort(uint64_t count, uint64_t* items, uint64_t* scratch, const Progre
     if (from != items) std::copy_n(from, count, items);
 }
 
+// From the highest digit down: counts the items that agree with the answer in all digits before.
+uint64_t radix_select(uint64_t count, const uint64_t* items, uint64_t rank, const ProgressCallback* progress) {
+    uint64_t answer = 0;
+    for (unsigned d = digits; d-- > 0;) {
+        const unsigned known = (d + 1) * digitBits;
+        uint64_t places[buckets] = {};
+        for (uint64_t block = 0; block < count; block += blockItems) {
+            OperatorProgressCallback::Check(progress);
+            const uint64_t end = std::min(count, block + blockItems);
+            for (uint64_t i = block; i < end; ++i) {
+                const uint64_t word = items[i] >> lowBit;
+                places[Digit(items[i], d)] += word >> known == answer >> known;
+            }
+        }
+        uint64_t digit = 0;
+        while (rank >= places[digit]) rank -= places[digit++];
+        answer |= digit << (d * digitBits);
+    }
+    return answer;
+}
+
 }  // namespace qve

@@ -10,4 +10,8 @@ class ProgressCallback;
 /// which may be null, says so; what is in both vectors is undefined then.
 void radix_sort(uint64_t count, uint64_t* items, uint64_t* scratch, const ProgressCallback* progress);
 
+/// The upper 32 bits of the number that would be at the place `rank` if they were sorted by them; `rank` is below
+/// `count`. Cancelled likewise.
+uint64_t radix_select(uint64_t count, const uint64_t* items, uint64_t rank, const ProgressCallback* progress);
+
 }  // namespace qve

@@ -7,6 +7,7 @@
 #include "algebra/Append.h"
 #include "commands/status.h"
 #include "metrics/MetricsManager.h"
+#include "os/BudgetedMemory.h"
 #include "os/MappedFile.h"
 #include "storage/stream/DataStream.h"
 #include "system/QuillonException.h"
@@ -83,6 +84,9 @@ std::vector<Setting> MakeRegistry() {
         Flag(
             L"MemoryMapEntireFile", [](bool on) { MappedFile::s_MemoryMapEntireFile = on; },
             [] { return static_cast<bool>(MappedFile::s_MemoryMapEntireFile); }),
+        Number(
+            L"MemoryBudget", [](unsigned mebibytes) { BudgetedMemory::SetBudget(uint64_t{mebibytes} << 20); },
+            [] { return static_cast<unsigned>(BudgetedMemory::GetBudget() >> 20); }),
         Number(L"MinimumDegreeOfParallelism", Evaluator::SetMinimumDegreeOfParallelism,
                Evaluator::GetMinimumDegreeOfParallelism),
         {.name = L"OptimizationLogPath",

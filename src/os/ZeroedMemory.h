@@ -5,12 +5,13 @@
 
 namespace qve {
 
-/// A block of bytes that are 0 to begin with. Of a large block only the parts that are touched take memory and time.
+/// A block of bytes that are 0 to begin with; a large one is BudgetedMemory. Of a large block only the parts that are
+/// touched take memory and time.
 class ZeroedMemory {
 public:
     ZeroedMemory() = default;
     /// With `dense`, most of the block will be touched, in any order: it then asks the system for large pages. Throws
-    /// std::bad_alloc.
+    /// what BudgetedMemory::Allocate throws.
     explicit ZeroedMemory(uint64_t size, bool dense = false);
     ~ZeroedMemory() { Release(); }
     ZeroedMemory(ZeroedMemory&& other) noexcept

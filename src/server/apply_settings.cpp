@@ -10,6 +10,7 @@
 #include "algebra/TableSorter.h"
 #include "ingest/TextScan.h"
 #include "ingest/TranscodingDataStream.h"
+#include "os/BudgetedMemory.h"
 #include "os/MappedFile.h"
 #include "primitives/random_numbers.h"
 #include "server/configuration.h"
@@ -83,6 +84,8 @@ void ApplySettings(const usrprops& configuration) {
     settings.Flag(usrpropkey::MergeGrouping, VQLQueryEvaluator::SetUseMergeGrouping);
     settings.Number(usrpropkey::work_buffer_size,
                     [](std::uint64_t megabytes) { DataStream::SetWorkBufferSize(std::max(1U, Clamp(megabytes))); });
+    settings.Number(UsrPropKey_FromString(L"memory-budget"),
+                    [](std::uint64_t megabytes) { BudgetedMemory::SetBudget(std::uint64_t{Clamp(megabytes)} << 20); });
     settings.Flag(usrpropkey::MemoryMapEntireFile, [](bool on) { MappedFile::s_MemoryMapEntireFile = on; });
     settings.Number(usrpropkey::charset_sample_size, [](std::uint64_t kibibytes) {
         TranscodingDataStream::s_CharsetSampleSize = std::uint64_t{Clamp(kibibytes)} * 1024;

@@ -158,7 +158,7 @@ void cuckoo_hash<K, V>::rehash() {
                 " capacity=" + std::to_string(m_slots.size()) + " stashes=" + std::to_string(m_stash.size()) +
                 " collisions=" + std::to_string(m_collisions.size()) + ")");
     }
-    std::vector<slot> larger(size_t{3} << (m_nbits + 1), slot(0, absent));
+    budgeted_vector<slot> larger(size_t{3} << (m_nbits + 1), slot(0, absent));
     ++m_nbits;
     m_count = 0;
     m_slots.swap(larger);

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "os/BudgetedMemory.h"
+
 namespace qve {
 
 /// A hash table from K to V with three places for each key, made for looking up whole vectors: a lookup has no
@@ -91,7 +93,7 @@ private:
 
     unsigned m_nbits = 1;
     size_t m_count = 0;
-    std::vector<slot> m_slots;
+    budgeted_vector<slot> m_slots;
     std::vector<slot> m_stash;
     std::unordered_multimap<K, V> m_collisions;
 };

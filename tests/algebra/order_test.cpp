@@ -1,6 +1,7 @@
 #include "algebra/Order.h"
 
 #include "algebra/TableSorter.h"
+#include "algebra/radix_sort.h"
 #include "algebra/status.h"
 #include "system/QuillonException.h"
 #include "tests/algebra/sample_rows.h"
@@ -181,7 +182,7 @@ TEST(TableSorter, AKeyThatIsSortedByItsPropertiesCostsNothing) {
     EXPECT_FALSE(sorted.Sort());
     TableSorter reversed(table, {{L"k", true}});
     EXPECT_TRUE(reversed.Sort());
-    EXPECT_EQ(reversed.GetPermutation(), (std::vector<unsigned>{2, 1, 0}));
+    EXPECT_EQ(reversed.GetPermutation(), (budgeted_vector<unsigned>{2, 1, 0}));
     TableSorter unsorted(table, {});
     EXPECT_FALSE(unsorted.Sort());
     EXPECT_EQ(StatusOf([] { TableSorter(nullptr, {}); }), status::TableSorter_table);
@@ -197,7 +198,7 @@ TEST(TableSorter, ADenseUniqueKeyIsAPermutationAndIsNotTrustedBlindly) {
             TableSorter::SetUseRadixSorting(radix);
             TableSorter sorter(table, {{L"k", false}});
             EXPECT_TRUE(sorter.Sort());
-            const std::vector<unsigned>& rows = sorter.GetPermutation();
+            const auto& rows = sorter.GetPermutation();
             ASSERT_EQ(rows.size(), 4u);
             EXPECT_EQ(rows[3], lie ? 0u : 2u);
             EXPECT_EQ(rows[2], lie ? 3u : 0u);
@@ -215,6 +216,19 @@ TEST(TableSorter, ACancelEndsTheSort) {
         const auto order = MakeRef<Order>(table, Specs{{L"k0", false}});
         order->GetProgressCallback()->SetCancelled();
         EXPECT_THROW(order->Build(1024), Operator::CancelledException);
+    }
+}
+
+TEST(RadixSelect, FindsWhatASortWouldPutThere) {
+    std::mt19937_64 random(17);
+    for (const uint64_t spread : {uint64_t{1}, uint64_t{5}, uint64_t{3000}, uint64_t{1} << 32}) {
+        std::vector<uint64_t> items(5000);
+        for (uint64_t& item : items) item = (random() % spread) << 32 | (random() & 0xFFFFFFFF);
+        std::vector<uint64_t> sorted = items;
+        std::sort(sorted.begin(), sorted.end());
+        for (const uint64_t rank : {0, 1, 2499, 4998, 4999}) {
+            EXPECT_EQ(radix_select(items.size(), items.data(), rank, nullptr), sorted[rank] >> 32) << rank;
+        }
     }
 }
 
