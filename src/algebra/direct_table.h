@@ -86,7 +86,7 @@ unsigned ProbeDirect(unsigned count, unsigned* misses, output_column out, const 
     }
     ProbedRows probed;
     if constexpr (sizeof(K) <= sizeof(unsigned)) {
-        const bool wide = !sel && current_vector_level() == vector_level::avx2;
+        const bool wide = !sel && current_vector_level() >= vector_level::avx2;
         probed = wide ? ProbePage(count, keys, table, slot, groups) : ProbeRows(count, keys, sel, table, slot, groups);
     } else {
         probed = ProbeRows(count, keys, sel, table, slot, groups);

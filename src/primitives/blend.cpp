@@ -70,7 +70,7 @@ template <class T>
 void blend(unsigned n, void* out, const bit* hits, const void* from, bool single) {
     T* const to = static_cast<T*>(out);
     const T* const cells = static_cast<const T*>(from);
-    if (current_vector_level() == vector_level::avx2) {
+    if (current_vector_level() >= vector_level::avx2) {
         single ? blend_avx2<T, true>(n, to, hits, cells) : blend_avx2<T, false>(n, to, hits, cells);
     } else {
         single ? blend_rows<T, true>(0, n, to, hits, cells) : blend_rows<T, false>(0, n, to, hits, cells);

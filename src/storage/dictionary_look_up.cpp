@@ -78,7 +78,7 @@ unsigned look_up_index_width(unsigned width, unsigned bits) {
 }
 
 void look_up(const void* numbers, unsigned count, const void* dictionary, unsigned width, unsigned bits, void* out) {
-    const bool wide = current_vector_level() == vector_level::avx2;
+    const bool wide = current_vector_level() >= vector_level::avx2;
     if (look_up_index_width(width, bits) == 1) {
         const auto* bytes = static_cast<const uint8_t*>(numbers);
         const auto* cells = static_cast<const char*>(dictionary);
