@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <future>
 #include <iterator>
 #include <map>
@@ -190,6 +192,30 @@ TEST(Session, ACancelThatComesFirstStopsTheNextExecution) {
         EXPECT_THAT(error.GetTexts(), IsEmpty());
     }
     EXPECT_THAT(RunQuery(*client, s_sum), ElementsAre("45 10"));
+}
+
+TEST(Session, TellsBesideARunningStatementHowFarItIs) {
+    const ScratchDirectory directory;
+    const TestServer server;
+    const auto client = server.Connect();
+    MakeNumbers(*client, directory, 300'000);
+    const std::string text = directory / "numbers.csv";
+    const std::uint64_t size = std::filesystem::file_size(text);
+    const std::uint64_t statement = client->StatementOpen();
+    client->StatementPrepare(statement, "(create table-from-query [t].[m] (text \"" + text + "\"))");
+    auto done = std::async(std::launch::async, [&] { client->StatementExecute(statement); });
+    std::uint64_t before = 0;
+    while (done.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+        const QVE_Client::Progress progress = client->StatementEstimateProgress(statement);
+        EXPECT_EQ(progress.total, size);
+        EXPECT_LE(before, progress.done);
+        EXPECT_LE(progress.done, size);
+        before = progress.done;
+    }
+    done.get();
+    const QVE_Client::Progress progress = client->StatementEstimateProgress(statement);
+    EXPECT_EQ(progress.done, size);
+    EXPECT_EQ(progress.first, 300'000U);
 }
 
 TEST(Session, CancelStopsARunningStatement) {
