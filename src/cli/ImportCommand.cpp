@@ -168,8 +168,8 @@ void ImportCommand::Report(Session& session, double seconds) {
     }
     writer->End();
     std::cout << fmt::format("{} rows and {} columns in {}.{} of {}, {:.2f} s\n",
-                             Grouped(std::stoull(count.rows.at(0).at(0))), columns.rows.size(), m_table.schema,
-                             m_table.table, m_database, seconds)
+                             Grouped(count.rows.empty() ? 0 : std::stoull(count.rows[0].at(0))), columns.rows.size(),
+                             m_table.schema, m_table.table, m_database, seconds)
               << std::flush;
 }
 
