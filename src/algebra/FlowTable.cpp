@@ -12,6 +12,7 @@
 #include "algebra/OperatorVisitor.h"
 #include "algebra/status.h"
 #include "algebra/take_error_counts.h"
+#include "os/MappedFile.h"
 #include "storage/Column.h"
 #include "storage/EncodingFactory.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -84,6 +85,7 @@ uint64_t FlowTable::GetCount() const {
 uint64_t FlowTable::Build(unsigned pageSize) {
     if (m_built) return GetCount();
     LogScopeTime time("FlowTable::Build", 1.0);
+    const uint64_t cuts = MappedFile::GetCutCount();
 
     Writers writers;
     for (const std::wstring& name : GetColumnNames()) {
@@ -92,6 +94,7 @@ uint64_t FlowTable::Build(unsigned pageSize) {
     }
     const bool intermediate = m_purpose == ColumnWriter::Purpose::intermediate;
     WritePages(writers, intermediate ? SourcePageSize(pageSize) : pageSize);
+    MappedFile::CheckCuts(cuts);
     for (const auto& [name, column] : m_columns) TakeErrorCounts(*m_source->GetColumn(name), *column);
 
     m_built = true;

@@ -11,6 +11,7 @@
 #include "storage/DatabaseSchema.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
+#include "system/unicode.h"
 
 namespace qve {
 
@@ -106,8 +107,17 @@ uint64_t LeafTable::CountRows() const {
     return m_count.load(std::memory_order_relaxed);
 }
 
+// A column may be longer than the one that was counted, which then was cut.
 uint64_t LeafTable::Build(unsigned) {
-    return CountRows();
+    const uint64_t count = CountRows();
+    for (const auto& [name, column] : m_columns) {
+        if (!column || !column->GetData() || column->GetCount() <= m_start + count) continue;
+        throw QVE_RangeError(status::LeafTable_Build, "LeafTable::Build: Mismatched row counts: Table has " +
+                                                          std::to_string(count) + " rows: Column: [" + narrow(name) +
+                                                          "] has " + std::to_string(column->GetCount() - m_start) +
+                                                          " rows");
+    }
+    return count;
 }
 
 usrprops LeafTable::RankProperies() {

@@ -45,6 +45,7 @@ inline constexpr int Join_CastColumn = 40225;
 inline constexpr int Join_ChooseGrouping = 40228;
 inline constexpr int Join_SetGrouping = 40229;
 inline constexpr int Grouping_HashInner = 40231;
+inline constexpr int LeafTable_Build = 40238;
 inline constexpr int LeafTable_DescribeColumn = 40239;
 inline constexpr int LeafTable_GetColumn = 40240;
 inline constexpr int LookupExp_ordinal = 40243;

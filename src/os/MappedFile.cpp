@@ -1,7 +1,9 @@
 #include "os/MappedFile.h"
 
+#include <signal.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <ucontext.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +22,7 @@ namespace qve {
 std::atomic<bool> MappedFile::s_MemoryMapEntireFile{false};
 std::atomic<bool> MappedFile::s_trackingMappedFiles{false};
 std::atomic<uint64_t> MappedFile::s_nextID{1};
+std::atomic<uint64_t> MappedFile::s_cuts{0};
 
 namespace {
 
@@ -82,6 +85,36 @@ MappedFile::~MappedFile() {
         registry().mappings.erase(m_address);
     }
     ::munmap(m_address, m_mappedLimit);
+}
+
+void MappedFile::SurviveCutFiles() {
+    static const uintptr_t pageMask = ~(static_cast<uintptr_t>(Alignment()) - 1);
+    struct sigaction action = {};
+    action.sa_flags = SA_SIGINFO;
+    // Nothing here but system calls and atomics: it runs wherever the access was.
+    action.sa_sigaction = [](int signal, siginfo_t* info, void* context) {
+        const int error = errno;
+        const uintptr_t page = reinterpret_cast<uintptr_t>(info->si_addr) & pageMask;
+        const auto code = static_cast<uintptr_t>(static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_RIP]);
+        // A page of the program itself is not to be replaced by zeros.
+        const bool data = info->si_code == BUS_ADRERR && page != (code & pageMask);
+        if (data && ::mmap(reinterpret_cast<void*>(page), ~pageMask + 1, PROT_READ | PROT_WRITE,
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) != MAP_FAILED) {
+            s_cuts.fetch_add(1, std::memory_order_release);
+        } else {
+            ::signal(signal, SIG_DFL);  // the access is repeated, and ends the process
+        }
+        errno = error;
+    };
+    if (::sigaction(SIGBUS, &action, nullptr) != 0)
+        PosixApi::Throw(errno, status::MappedFile_Map, " - MappedFile::SurviveCutFiles");
+}
+
+void MappedFile::CheckCuts(uint64_t before) {
+    if (GetCutCount() == before) return;
+    throw QVE_RuntimeError(status::MappedFile_Cut,
+                           "A file that was being read has been cut short by another program. Its contents are lost to "
+                           "this statement; restore the file and try again.");
 }
 
 bool MappedFile::IsShortage(const QVE_RuntimeError& fault) {

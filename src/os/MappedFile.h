@@ -33,6 +33,16 @@ public:
     uint64_t GetId() const { return m_id; }
     const RefCntPtr<DataFile>& GetFile() const { return m_file; }
 
+    /// Lets a page that its file lost under a mapping read as zeros, and counts it, where it would end the process:
+    /// files that someone else cuts short. For the whole process, once.
+    static void SurviveCutFiles();
+    /// How many pages were lost so far.
+    static uint64_t GetCutCount() { return s_cuts.load(std::memory_order_acquire); }
+    /// To be called before what was read from mappings is used, with the count from before the reading. Throws
+    /// QVE_RuntimeError (status::MappedFile_Cut) when pages were lost since; whose they were is not known, so
+    /// everything that ran meanwhile fails.
+    static void CheckCuts(uint64_t before);
+
     /// True for a failure that a smaller mapping may not meet: the system had no room, and not the file was too short.
     static bool IsShortage(const QVE_RuntimeError& fault);
     /// The unit of mapping in bytes: the page size of the system.
@@ -69,6 +79,7 @@ private:
     uint64_t m_mappedLimit;
 
     static std::atomic<uint64_t> s_nextID;
+    static std::atomic<uint64_t> s_cuts;
 };
 
 }  // namespace qve

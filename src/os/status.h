@@ -9,6 +9,7 @@ inline constexpr int DataFile_Resize = 40092;
 inline constexpr int DataFile_Write = 40093;
 inline constexpr int DataFile_Size = 40094;
 inline constexpr int BudgetedMemory_Allocate = 40443;
+inline constexpr int MappedFile_Cut = 40095;
 inline constexpr int MappedFile_Map = 40241;
 inline constexpr int MappedFile_Size = 40242;
 inline constexpr int OS_copy = 40285;

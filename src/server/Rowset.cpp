@@ -20,6 +20,7 @@ Rowset::Rowset(RefCntPtr<DataFlow> plan, unsigned pageSize, std::shared_ptr<cons
     : m_keepAlive(std::move(keepAlive)), m_plan(std::move(plan)), m_pageSize(pageSize) {
     // The plan knows its columns only once it has begun.
     const bool hasRows = NextPage();
+    MappedFile::CheckCuts(m_cuts);
     std::vector<RefCntPtr<Column>> columns;
     std::vector<std::pair<uint64_t, std::wstring>> names;
     for (const std::wstring& name : m_plan->GetColumnNames()) {
@@ -89,6 +90,7 @@ bool Rowset::GetValues(QVE_ValueArray& array) {
         }
         if (m_row == m_selectionCount) NextPage();
     }
+    MappedFile::CheckCuts(m_cuts);
     return HasMoreValues();
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "algebra/DataFlow.h"
+#include "os/MappedFile.h"
 #include "server/Formatter.h"
 #include "server/protocol/QVE_InterredValue.h"
 #include "server/protocol/QVE_Value.h"
@@ -46,6 +47,7 @@ private:
     void RenderBatch();
     const Formatter& GetFormatter(unsigned column) const;
 
+    const std::uint64_t m_cuts = MappedFile::GetCutCount();  // before anything was read
     const std::shared_ptr<const void> m_keepAlive;
     const RefCntPtr<DataFlow> m_plan;
     const unsigned m_pageSize;

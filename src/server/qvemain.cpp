@@ -198,6 +198,7 @@ int qvemain(const std::vector<std::wstring>& arguments) {
     for (const std::wstring& argument : arguments) texts.push_back(narrow(argument));
     const ServerOptions options = ServerOptions::Parse(texts);
     StopSignals::Block();
+    MappedFile::SurviveCutFiles();
     qve_initialization();
     if (options.debugger) WaitForDebugger();
     std::unique_ptr<Run> run;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <unordered_map>
 
 #include "storage/PropertyFile.h"
@@ -10,6 +11,7 @@
 #include "storage/stream/FileDataStream.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
+#include "telemetry/LogEntry.h"
 #include "types/builtin.h"
 #include "types/varchar.h"
 
@@ -138,41 +140,45 @@ void WriteProperties(Writer& writer, const MetadataTable& metadata, const System
     writer.Flags(table.name, active);
 }
 
-/// Reads the columns of one system table. All must have as many rows as the first.
+/// Reads the columns of one system table. Rows that some column lacks were never complete: they are left out.
 class Reader {
 public:
-    Reader(TableSpace& space, const std::wstring& table) : m_space(space), m_table(table) {}
+    Reader(TableSpace& space, const SystemTable& table);
 
     std::vector<uint64_t> Numbers(const std::wstring& name) { return Cells<uint64_t>(*Open(name)); }
     std::vector<unsigned char> Flags() { return Cells<unsigned char>(*Open(Database::columnActive)); }
     std::vector<std::wstring> Texts(const std::wstring& name);
 
 private:
-    RefCntPtr<Column> Open(const std::wstring& name);
+    const RefCntPtr<Column>& Open(const std::wstring& name) const { return m_columns.at(name); }
     template <class T>
     std::vector<T> Cells(Column& column);
 
-    TableSpace& m_space;
     const std::wstring& m_table;
-    bool m_counted = false;
-    uint64_t m_rows = 0;
+    std::map<std::wstring, RefCntPtr<Column>> m_columns;
+    uint64_t m_rows = ~uint64_t{0};
 };
 
-RefCntPtr<Column> Reader::Open(const std::wstring& name) {
-    const auto path = [&](const std::wstring& extension) {
-        return SimpleDatabase::SystemColumnPath(m_table, name, extension);
-    };
-    usrprops properties = ReadPropertyFile(m_space, path(SimpleDatabase::extTypeFile));
-    RefCntPtr<DataStream> data = m_space.open(path(SimpleDatabase::extDataFile), false);
-    RefCntPtr<DataStream> dictionary;
-    if (properties.has(usrpropkey::compression)) {
-        dictionary = m_space.open(path(SimpleDatabase::extDictFile), false);
+Reader::Reader(TableSpace& space, const SystemTable& table) : m_table(table.name) {
+    uint64_t most = 0;
+    for (const std::wstring& name : table.columns) {
+        const auto path = [&](const std::wstring& extension) {
+            return SimpleDatabase::SystemColumnPath(m_table, name, extension);
+        };
+        usrprops properties = ReadPropertyFile(space, path(SimpleDatabase::extTypeFile));
+        RefCntPtr<DataStream> data = space.open(path(SimpleDatabase::extDataFile), false);
+        RefCntPtr<DataStream> dictionary;
+        if (properties.has(usrpropkey::compression)) {
+            dictionary = space.open(path(SimpleDatabase::extDictFile), false);
+        }
+        auto column = MakeRef<Column>(std::move(properties), std::move(data), std::move(dictionary));
+        m_rows = std::min(m_rows, column->GetCount());
+        most = std::max(most, column->GetCount());
+        m_columns.emplace(name, std::move(column));
     }
-    auto column = MakeRef<Column>(std::move(properties), std::move(data), std::move(dictionary));
-    if (m_counted && column->GetCount() != m_rows) Damaged(m_table, "its columns differ in length");
-    m_counted = true;
-    m_rows = column->GetCount();
-    return column;
+    if (most == m_rows) return;
+    LogEntry() << "ReadCatalog: the columns of the catalog table \"" << m_table << "\" differ in length; of " << most
+               << " rows the first " << m_rows << " are whole";
 }
 
 template <class T>
@@ -219,7 +225,7 @@ std::vector<std::wstring> Reader::Texts(const std::wstring& name) {
 }
 
 void ReadEntries(TableSpace& space, MetadataTable& metadata, const SystemTable& table) {
-    Reader reader(space, table.name);
+    Reader reader(space, table);
     const auto ids = reader.Numbers(Database::columnID);
     const bool hasParent = table.columns[1] == Database::columnParent;
     const auto parents = hasParent ? reader.Numbers(Database::columnParent) : std::vector<uint64_t>();
@@ -235,7 +241,7 @@ void ReadEntries(TableSpace& space, MetadataTable& metadata, const SystemTable& 
 }
 
 void ReadProperties(TableSpace& space, MetadataTable& metadata, const SystemTable& table) {
-    Reader reader(space, table.name);
+    Reader reader(space, table);
     const auto ids = reader.Numbers(Database::columnID);
     const auto parents = reader.Numbers(Database::columnParent);
     const auto keys = reader.Texts(Database::columnKey);

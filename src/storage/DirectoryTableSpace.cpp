@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "os/MappedFile.h"
 #include "os/OS.h"
 #include "os/Path.h"
 #include "storage/status.h"
@@ -91,8 +92,9 @@ RefCntPtr<DataStream> DirectoryTableSpace::open(const std::wstring& path, bool w
     if (known != m_files.end()) {
         OpenFile& open = known->second;
         // One that was cut short by someone else must not be touched beyond its end.
-        const bool same =
-            open.file->IsWritable() == writable && (!open.mapped || open.file->UpdateSize() == open.mapped->GetSize());
+        const bool same = open.file->IsWritable() == writable &&
+                          (!open.mapped || (open.cuts == MappedFile::GetCutCount() &&
+                                            open.file->UpdateSize() == open.mapped->GetSize()));
         if (!same) {
             close(path);
             known = m_files.end();
@@ -130,6 +132,7 @@ RefCntPtr<DataStream> DirectoryTableSpace::Map(OpenFile& open) {
         other->mapped.reset();
     }
     open.mapped = stream;
+    open.cuts = MappedFile::GetCutCount();
     return stream->Fork(true);
 }
 

@@ -39,6 +39,7 @@ private:
         RefCntPtr<DataFile> file;
         RefCntPtr<DataStream> mapped;  // what readers get forks of; may be null
         uint64_t lastUse = 0;
+        uint64_t cuts = 0;  // MappedFile::GetCutCount when it was mapped
     };
 
     std::wstring Resolve(const std::wstring& path) const;

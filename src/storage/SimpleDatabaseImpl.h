@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "os/FileLock.h"
+#include "os/MappedFile.h"
 #include "storage/Catalog.h"
 #include "storage/CatalogJournal.h"
 #include "storage/DatabaseOwner.h"
@@ -43,6 +44,7 @@ public:
         explicit OpenTransaction(std::thread::id thread) : owner(thread) {}
 
         const std::thread::id owner;
+        const uint64_t cuts = MappedFile::GetCutCount();
         unsigned depth = 1;
         bool failed = false;               // an inner level was rolled back
         std::shared_ptr<Catalog> working;  // null until the catalog is changed

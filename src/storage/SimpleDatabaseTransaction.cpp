@@ -189,6 +189,7 @@ void SimpleDatabase::Impl::CloseAllSpaces() {
 }
 
 void SimpleDatabase::Impl::Commit() {
+    MappedFile::CheckCuts(transaction->cuts);
     CatalogJournal::Changes& changes = root.changes;
     if (transaction->properties) {
         const std::wstring temporary = databaseTypeFile + extTempFile;
