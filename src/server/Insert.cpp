@@ -43,9 +43,10 @@ public:
                 std::lock_guard lock(m_mutex);
                 m_failure = std::current_exception();
             }
-            // Nobody reads any more: whoever waits for room, or comes later, is told.
-            m_queue.abort();
-            m_queue.set_capacity(0);
+            // Nobody reads any more. There is one who sends, and who may be past the look at the failure: there is room
+            // for that message now, and the next one is told.
+            RefCntPtr<BinaryScan::Block> block;
+            while (m_queue.try_pop(block)) block.reset();
         }
     }
     std::exception_ptr GetFailure() const {
@@ -122,19 +123,12 @@ void Insert::PushMessage(QVE_Message& message) {
     m_totalBytes += message.size();
     auto block = MakeRef<BinaryScan::Block>();
     block->message.swap(message);
-    try {
-        m_queue.push(std::move(block));
-    } catch (const tbb::user_abort&) {
-        m_thread->try_rethrow();
-    }
+    m_queue.push(std::move(block));
 }
 
 void Insert::Commit() {
     RequireOpen();
-    try {
-        m_queue.push(nullptr);
-    } catch (const tbb::user_abort&) {  // the thread has failed, as is said below
-    }
+    m_queue.push(nullptr);
     m_thread->wait();
     const std::unique_ptr<build_thread> ended = std::move(m_thread);
     ended->try_rethrow();

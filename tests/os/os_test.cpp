@@ -12,6 +12,7 @@
 #include "os/Path.h"
 #include "os/PosixApi.h"
 #include "os/ProcessInfo.h"
+#include "os/WorkFolder.h"
 #include "os/status.h"
 #include "system/QuillonException.h"
 
@@ -128,6 +129,36 @@ TEST_F(OSTest, TemporaryNames) {
     EXPECT_FALSE(Path::exists(At(L"not made")));
     OS::tempdir(L"");
     EXPECT_EQ(OS::gettempdir(), before);
+}
+
+TEST_F(OSTest, AWorkFolderOutlivesOnlyItsOwnersLife) {
+    const std::wstring left = At(L"qve_work_left");
+    OS::mkdir(left, false);
+    OS::touch(Path::join(left, L"file"));
+    OS::mkdir(At(L"other"), false);
+    std::wstring made;
+    {
+        const WorkFolder first(At(L""));
+        made = first.GetPath();
+        EXPECT_TRUE(Path::isdir(made));
+        EXPECT_FALSE(Path::exists(left));  // nobody claimed it
+        OS::touch(Path::join(made, L"file"));
+        const WorkFolder second(At(L""));
+        EXPECT_NE(second.GetPath(), made);
+        EXPECT_TRUE(Path::exists(Path::join(made, L"file")));
+    }
+    EXPECT_FALSE(Path::exists(made));
+    EXPECT_TRUE(Path::isdir(At(L"other")));
+    OS::mkdir(left, false);
+    {
+        const FolderClaim claim(left);
+        EXPECT_TRUE(claim.IsHeld());
+        EXPECT_FALSE(FolderClaim(left).IsHeld());
+        WorkFolder::RemoveAbandoned(At(L""), L"qve_work_");
+        EXPECT_TRUE(Path::isdir(left));
+    }
+    WorkFolder::RemoveAbandoned(At(L""), L"qve_work_");
+    EXPECT_FALSE(Path::exists(left));
 }
 
 TEST(PosixApiTest, MapsTheErrorsThatClientsKnow) {
