@@ -1,10 +1,15 @@
-// One kernel of each family and mode over a page of 1024 rows, at every vector level, and beside it a plain loop that
-// does the same over the same vectors. `ratio` is the kernel's time over the loop's.
+// One kernel of each family and mode over a page of 1024 rows that stays in the cache, at every vector level, and
+// beside it a plain loop over the same vectors that is compiled for this processor. `ns` is the time of a value,
+// `ratio` the kernel's time over the loop's, the least of many turns of each, taken by turns.
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,59 +18,69 @@
 #include "primitives/primitive_directory.h"
 #include "primitives/primitive_func.h"
 #include "primitives/vector_level.h"
+#include "storage/stream/MemoryDataStream.h"
 #include "system/unicode.h"
+#include "types/atom_hash.h"
 #include "types/datatraits.h"
 #include "types/input_column.h"
 #include "types/output_column.h"
 #include "types/types_initialization.h"
+#include "types/usrheap.h"
+#include "types/varchar.h"
 
 namespace qve {
 namespace {
 
 constexpr unsigned rows = 1024;
+constexpr unsigned char whole = column_flags::not_null;
 
-/// A page: the vectors that kernels and loops read and write.
-struct page {
-    std::vector<int> ints, other_ints;
-    std::vector<double> doubles, other_doubles, whole_doubles;
-    std::vector<bigint> bigints;
-    std::vector<bit> bits;
-    std::vector<unsigned> groups, one_group, index, selection;
-    std::vector<date> dates;
+std::mt19937_64& random_bits() {
+    static std::mt19937_64 random(1);
+    return random;
+}
 
-    std::vector<double> out_doubles;
-    std::vector<bigint> out_bigints;
-    std::vector<int> out_ints;
-    std::vector<unsigned> out_positions;
-    std::vector<bit> out_bits;
-
-    page() {
-        std::mt19937 random(1);
-        for (unsigned i = 0; i < rows; ++i) {
-            ints.push_back(static_cast<int>(random() % 1000));
-            other_ints.push_back(static_cast<int>(random() % 1000));
-            whole_doubles.push_back(random() / 7.0);
-            doubles.push_back(random() % 50 ? random() / 7.0 : datatraits<double>::null);
-            other_doubles.push_back(random() / 9.0);
-            bigints.push_back(random());
-            bits.push_back({static_cast<unsigned char>(random() % 2)});
-            groups.push_back(random() % 6);
-            index.push_back(random() % rows);
-            dates.push_back({2451544 + static_cast<unsigned>(random() % 9000)});
-            if (random() % 2) selection.push_back(i);
-        }
-        one_group.assign(rows, 0);
-        out_doubles.resize(rows);
-        out_bigints.resize(rows);
-        out_ints.resize(rows);
-        out_positions.resize(rows);
-        out_bits.resize(rows);
+/// A value as it stands in tables: numbers below a thousand, days of 25 years.
+template <class T>
+T sample() {
+    const unsigned long long bits = random_bits()();
+    if constexpr (std::is_same_v<T, bit>) {
+        return {static_cast<unsigned char>(bits % 2)};
+    } else if constexpr (std::is_same_v<T, date>) {
+        return {2451544 + static_cast<unsigned>(bits % 9000)};
+    } else if constexpr (std::is_same_v<T, datetime>) {
+        return {2451544ULL * ticks_per_day + bits % (9000ULL * ticks_per_day)};
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<T>(static_cast<double>(bits % 100000) / 7);
+    } else {
+        return static_cast<T>(bits % 1000 + 1);
     }
-};
+}
 
-page& data() {
-    static page instance;
-    return instance;
+/// A page of values; every fiftieth may be null.
+template <class T>
+std::vector<T>& page(bool nulls) {
+    static std::vector<std::unique_ptr<std::vector<T>>> pages;
+    auto made = std::make_unique<std::vector<T>>();
+    for (unsigned i = 0; i < rows; ++i) {
+        made->push_back(nulls && random_bits()() % 50 == 0 ? datatraits<T>::null : sample<T>());
+    }
+    return *pages.emplace_back(std::move(made));
+}
+std::vector<unsigned>& numbers_below(unsigned limit) {
+    std::vector<unsigned>& numbers = page<unsigned>(false);
+    for (unsigned& number : numbers) number = static_cast<unsigned>(random_bits()() % limit);
+    return numbers;
+}
+/// Half of the rows.
+const std::vector<unsigned>& selection() {
+    static const std::vector<unsigned> half = [] {
+        std::vector<unsigned> made;
+        for (unsigned i = 0; i < rows; ++i) {
+            if (random_bits()() % 2) made.push_back(i);
+        }
+        return made;
+    }();
+    return half;
 }
 
 template <class T>
@@ -78,257 +93,423 @@ output_column out(std::vector<T>& values) {
 }
 
 template <class F>
-F kernel(const wchar_t* klass, const wchar_t* operation, const primitive::argument_list& arguments) {
+F kernel(const wchar_t* klass, const std::wstring& operation, const primitive::argument_list& arguments) {
     for (primitive* p : primitive::resolve(operation, arguments)) {
         if (p->klass() == klass) return ResolvePrimitive<F>(p);
     }
     throw QVE_LogicError(0, "no kernel " + narrow(primitive_directory::signature(operation, arguments)));
 }
 
-template <class Work>
-double seconds_of(Work work) {
-    double best = 1;
-    for (int attempt = 0; attempt < 20; ++attempt) {
-        const auto start = std::chrono::steady_clock::now();
-        for (int i = 0; i < 200; ++i) work();
-        const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
-        best = std::min(best, spent.count() / 200);
-    }
-    return best;
+template <class T>
+primitive::argument col_of() {
+    return {std::wstring(datatraits<T>::name), L"col"};
+}
+template <class T>
+primitive::argument val_of() {
+    return {std::wstring(datatraits<T>::name), L"val"};
 }
 
-/// Registers a kernel at each level, and the plain loop that it is compared with.
+template <class Work>
+double turn(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 64; ++i) {
+        work();
+        benchmark::ClobberMemory();
+    }
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+    return spent.count() / 64;
+}
+
+/// Registers a kernel at each level, and the plain loop that it is compared with; `values` is what one call does.
 template <class Kernel, class Loop>
-void compare(const std::string& name, Kernel run, Loop loop) {
-    benchmark::RegisterBenchmark((name + "/loop").c_str(), [loop](benchmark::State& state) {
-        for (auto _ : state) {
-            loop();
-            benchmark::ClobberMemory();
-        }
-        state.SetItemsProcessed(state.iterations() * rows);
-    });
-    const std::pair<vector_level, const char*> levels[] = {
-        {vector_level::scalar, "scalar"}, {vector_level::sse41, "sse41"}, {vector_level::avx2, "avx2"}};
+void compare(const std::string& name, Kernel run, Loop loop, unsigned values = rows) {
+    const std::pair<vector_level, const char*> levels[] = {{vector_level::scalar, "scalar"},
+                                                           {vector_level::sse41, "sse41"},
+                                                           {vector_level::avx2, "avx2"},
+                                                           {vector_level::avx512, "avx512"}};
     for (const auto& [level, label] : levels) {
         if (level > supported_vector_level()) continue;
         const vector_level chosen = level;
-        benchmark::RegisterBenchmark((name + "/" + label).c_str(), [run, loop, chosen](benchmark::State& state) {
+        benchmark::RegisterBenchmark((name + "/" + label).c_str(), [=](benchmark::State& state) {
             set_vector_level(chosen);
+            double kernel_time = 1;
+            double loop_time = 1;
+            for (int i = 0; i < 100; ++i) {
+                kernel_time = std::min(kernel_time, turn(run));
+                loop_time = std::min(loop_time, turn(loop));
+            }
             for (auto _ : state) {
                 run();
                 benchmark::ClobberMemory();
             }
-            state.SetItemsProcessed(state.iterations() * rows);
-            state.counters["ratio"] = seconds_of([&] {
-                                          run();
-                                          benchmark::ClobberMemory();
-                                      }) /
-                                      seconds_of([&] {
-                                          loop();
-                                          benchmark::ClobberMemory();
-                                      });
+            state.counters["ns"] = kernel_time / values * 1e9;
+            state.counters["ratio"] = kernel_time / loop_time;
         });
     }
 }
 
-void register_maps() {
-    page& p = data();
-    const auto plus = kernel<binary_func>(primitive::klassMap, L"plus", {{L"double", L"col"}, {L"double", L"col"}});
+template <class... T>
+bool any_null(const T&... values) {
+    return (is_null(values) | ...);
+}
+
+/// A map of columns whose rows `row` computes: with nulls, without, and of selected rows.
+template <class R, class... A, class Row>
+void compare_map(const std::wstring& operation, Row row) {
+    using function = std::conditional_t<sizeof...(A) == 1, unary_func, binary_func>;
+    const auto f = kernel<function>(primitive::klassMap, operation, {col_of<A>()...});
+    std::string name = "map_" + narrow(operation);
+    ((name += "_" + narrow(std::wstring(datatraits<A>::name))), ...);
+    std::vector<R>& result = page<R>(false);
+    R* const to = result.data();
+    const auto with = [&](const std::vector<A>&... columns) {
+        const std::tuple<const A*...> data{columns.data()...};
+        compare(
+            name + "_nulls", [=, &result, &columns...] { f(rows, out(result), in(columns)..., nullptr); },
+            [=] {
+                std::apply(
+                    [=](const A*... a) {
+                        for (unsigned i = 0; i < rows; ++i)
+                            to[i] = any_null(a[i]...) ? datatraits<R>::null : row(a[i]...);
+                    },
+                    data);
+            });
+        const unsigned* const sel = selection().data();
+        const auto count = static_cast<unsigned>(selection().size());
+        compare(
+            name + "_selected", [=, &result, &columns...] { f(count, out(result), in(columns)..., sel); },
+            [=] {
+                std::apply(
+                    [=](const A*... a) {
+                        for (unsigned k = 0; k < count; ++k) {
+                            const unsigned i = sel[k];
+                            to[i] = any_null(a[i]...) ? datatraits<R>::null : row(a[i]...);
+                        }
+                    },
+                    data);
+            },
+            count);
+    };
+    const auto without = [&](const std::vector<A>&... columns) {
+        const std::tuple<const A*...> data{columns.data()...};
+        compare(
+            name + "_whole", [=, &result, &columns...] { f(rows, out(result), in(columns, whole)..., nullptr); },
+            [=] {
+                std::apply(
+                    [=](const A*... a) {
+                        for (unsigned i = 0; i < rows; ++i) to[i] = row(a[i]...);
+                    },
+                    data);
+            });
+    };
+    with(page<A>(true)...);
+    without(page<A>(false)...);
+}
+
+/// The same with one value as second argument.
+template <class R, class A, class B, class Row>
+void compare_map_val(const std::wstring& operation, Row row) {
+    const auto f = kernel<binary_func>(primitive::klassMap, operation, {col_of<A>(), val_of<B>()});
+    std::vector<R>& result = page<R>(false);
+    const std::vector<A>& left = page<A>(false);
+    const std::vector<B>& right = page<B>(false);
+    const std::string name = "map_" + narrow(operation) + "_" + narrow(std::wstring(datatraits<A>::name)) + "_col_" +
+                             narrow(std::wstring(datatraits<B>::name)) + "_val_whole";
     compare(
-        "map_plus_double_col_col_nulls",
-        [=, &p] { plus(rows, out(p.out_doubles), in(p.doubles), in(p.other_doubles), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                const bool null = is_null(p.doubles[i]) || is_null(p.other_doubles[i]);
-                p.out_doubles[i] = null ? datatraits<double>::null : p.doubles[i] + p.other_doubles[i];
-            }
+        name, [=, &result, &left, &right] { f(rows, out(result), in(left, whole), in(right), nullptr); },
+        [to = result.data(), a = left.data(), b = right[0], row] {
+            for (unsigned i = 0; i < rows; ++i) to[i] = row(a[i], b);
         });
-    const unsigned char whole = column_flags::not_null;
+}
+
+void register_arithmetic() {
+    const auto sum = [](auto x, auto y) { return x + y; };
+    const auto wide_sum = [](auto x, auto y) { return bigint{x} + y; };
+    const auto product = [](auto x, auto y) { return x * y; };
+    const auto wide_product = [](auto x, auto y) { return bigint{x} * y; };
+    compare_map<double, double, double>(L"plus", sum);
+    compare_map<bigint, int, int>(L"plus", wide_sum);
+    compare_map<bigint, bigint, bigint>(L"plus", [](bigint x, bigint y) {
+        return static_cast<bigint>(static_cast<unsigned long long>(x) + static_cast<unsigned long long>(y));
+    });
+    compare_map<double, double, double>(L"minus", [](double x, double y) { return x - y; });
+    compare_map<double, double, double>(L"times", product);
+    compare_map<bigint, int, int>(L"times", wide_product);
+    compare_map<bigint, bigint, bigint>(L"times", wide_product);
+    compare_map_val<bigint, int, int>(L"times", wide_product);
+    compare_map<double, double, int>(L"divide",
+                                     [](double x, int y) { return y == 0 ? datatraits<double>::null : x / y; });
+    compare_map<int, int, int>(L"div_", [](int x, int y) { return y == 0 ? datatraits<int>::null : x / y; });
+    compare_map<double, double>(L"abs_", [](double x) { return std::fabs(x); });
+    compare_map<double, double, double>(L"greatest", [](double x, double y) { return x < y ? y : x; });
+    compare_map<double, double>(L"sqrt", [](double x) { return std::sqrt(x); });
+}
+
+void register_comparisons() {
+    compare_map<bit, int, int>(L"lt", [](int x, int y) { return bit{x < y}; });
+    compare_map<bit, double, double>(L"eq", [](double x, double y) { return bit{x == y}; });
+    compare_map<bit, double>(L"isnull", [](double x) { return bit{is_null(x)}; });
+    compare_map<bit, bit, bit>(L"and_",
+                               [](bit x, bit y) { return bit{static_cast<unsigned char>(x.value & y.value)}; });
+}
+
+void register_conversions() {
+    compare_map<double, int>(L"double", [](int x) { return static_cast<double>(x); });
+    compare_map<double, bigint>(L"double", [](bigint x) { return static_cast<double>(x); });
+    compare_map<bigint, int>(L"bigint", [](int x) { return bigint{x}; });
+    compare_map<bigint, double>(L"bigint", [](double x) {
+        const bool fits = x >= -0x1p63 && x < 0x1p63;
+        return fits ? static_cast<bigint>(x) : datatraits<bigint>::null;
+    });
+    compare_map<int, bigint>(
+        L"long", [](bigint x) { return static_cast<int>(x) == x ? static_cast<int>(x) : datatraits<int>::null; });
+}
+
+void register_hashes() {
+    compare_map<unsigned, int>(L"hash", [](int x) { return atom_hash(x); });
+    compare_map<unsigned, bigint>(L"hash", [](bigint x) { return atom_hash(x); });
+    const auto rehash = kernel<unary_func>(primitive::klassMap, L"rehash", {col_of<int>()});
+    std::vector<unsigned>& hashes = page<unsigned>(false);
+    const std::vector<int>& keys = page<int>(false);
     compare(
-        "map_plus_double_col_col_whole",
-        [=, &p] { plus(rows, out(p.out_doubles), in(p.whole_doubles, whole), in(p.other_doubles, whole), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) p.out_doubles[i] = p.whole_doubles[i] + p.other_doubles[i];
+        "map_rehash_long", [=, &hashes, &keys] { rehash(rows, out(hashes), in(keys), nullptr); },
+        [to = hashes.data(), x = keys.data()] {
+            for (unsigned i = 0; i < rows; ++i) to[i] = hash_combine(to[i], atom_hash(x[i]));
         });
+}
+
+template <class T>
+void register_fetch() {
+    const auto fetch = kernel<binary_func>(primitive::klassMap, L"fetch", {col_of<unsigned>(), col_of<T>()});
+    std::vector<T>& result = page<T>(false);
+    const std::vector<T>& source = page<T>(false);
+    const std::vector<unsigned>& index = numbers_below(rows);
     compare(
-        "map_plus_double_col_col_selected",
-        [=, &p] {
-            plus(static_cast<unsigned>(p.selection.size()), out(p.out_doubles), in(p.doubles), in(p.other_doubles),
-                 p.selection.data());
-        },
-        [&p] {
-            for (const unsigned i : p.selection) {
-                const bool null = is_null(p.doubles[i]) || is_null(p.other_doubles[i]);
-                p.out_doubles[i] = null ? datatraits<double>::null : p.doubles[i] + p.other_doubles[i];
-            }
+        "map_fetch_" + narrow(std::wstring(datatraits<T>::name)),
+        [=, &result, &source, &index] { fetch(rows, out(result), in(index), in(source, whole), nullptr); },
+        [to = result.data(), from = source.data(), at = index.data()] {
+            for (unsigned i = 0; i < rows; ++i) to[i] = from[at[i]];
         });
-    const auto times = kernel<binary_func>(primitive::klassMap, L"times", {{L"long", L"col"}, {L"long", L"val"}});
-    compare(
-        "map_times_long_col_val", [=, &p] { times(rows, out(p.out_bigints), in(p.ints), in(p.other_ints), nullptr); },
-        [&p] {
-            const bigint y = p.other_ints[0];
-            for (unsigned i = 0; i < rows; ++i) {
-                p.out_bigints[i] = is_null(p.ints[i]) ? datatraits<bigint>::null : p.ints[i] * y;
-            }
-        });
-    const auto divide = kernel<binary_func>(primitive::klassMap, L"divide", {{L"double", L"col"}, {L"long", L"col"}});
-    compare(
-        "map_divide_double_long", [=, &p] { divide(rows, out(p.out_doubles), in(p.doubles), in(p.ints), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                const bool null = is_null(p.doubles[i]) || is_null(p.ints[i]) || p.ints[i] == 0;
-                p.out_doubles[i] = null ? datatraits<double>::null : p.doubles[i] / p.ints[i];
-            }
-        });
-    const auto lt = kernel<binary_func>(primitive::klassMap, L"lt", {{L"long", L"col"}, {L"long", L"col"}});
-    compare(
-        "map_lt_long_col_col", [=, &p] { lt(rows, out(p.out_bits), in(p.ints), in(p.other_ints), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                const bool null = is_null(p.ints[i]) || is_null(p.other_ints[i]);
-                p.out_bits[i] = null ? datatraits<bit>::null : bit{p.ints[i] < p.other_ints[i]};
-            }
-        });
-    const auto cast = kernel<unary_func>(primitive::klassMap, L"double", {{L"long", L"col"}});
-    compare(
-        "map_double_long_col", [=, &p] { cast(rows, out(p.out_doubles), in(p.ints), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                p.out_doubles[i] = is_null(p.ints[i]) ? datatraits<double>::null : p.ints[i];
-            }
-        });
-    const auto hash = kernel<unary_func>(primitive::klassMap, L"hash", {{L"bigint", L"col"}});
-    compare(
-        "map_hash_bigint_col", [=, &p] { hash(rows, out(p.out_positions), in(p.bigints), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                unsigned long long k = static_cast<unsigned long long>(p.bigints[i]);
-                k = (k << 18) + ~k;
-                k = (k ^ (k >> 31)) * 21;
-                k = (k ^ (k >> 11)) * 65;
-                p.out_positions[i] = static_cast<unsigned>(k ^ (k >> 22));
-            }
-        });
-    const auto fetch = kernel<binary_func>(primitive::klassMap, L"fetch", {{L"ulng", L"col"}, {L"double", L"col"}});
-    compare(
-        "map_fetch_double_ulng", [=, &p] { fetch(rows, out(p.out_doubles), in(p.index), in(p.doubles), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) p.out_doubles[i] = p.doubles[p.index[i]];
-        });
-    const auto month = kernel<unary_func>(primitive::klassMap, L"month", {{L"date", L"col"}});
-    compare(
-        "map_month_date", [=, &p] { month(rows, out(p.out_ints), in(p.dates), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                p.out_ints[i] = is_null(p.dates[i]) ? datatraits<int>::null : p.dates[i].civil().month;
-            }
-        });
+}
+
+void register_dates() {
+    compare_map<int, date>(L"year", [](date d) { return d.civil().year; });
+    compare_map<int, date>(L"month", [](date d) { return d.civil().month; });
+    compare_map<int, datetime>(L"month", [](datetime t) { return t.day().civil().month; });
+    compare_map<int, datetime>(L"hour", [](datetime t) {
+        return static_cast<int>(t.value % static_cast<unsigned long long>(ticks_per_day) /
+                                static_cast<unsigned long long>(ticks_per_hour));
+    });
+    compare_map<date, date>(L"truncmonth", [](date d) {
+        const auto c = d.civil();
+        return date{static_cast<unsigned>(calendar::days(c.year, c.month, 1))};
+    });
+    compare_map<date, date, int>(L"addday",
+                                 [](date d, int days) { return date{d.value + static_cast<unsigned>(days)}; });
+    compare_map<int, date, date>(L"diffday", [](date a, date b) { return static_cast<int>(b.value - a.value); });
 }
 
 void register_selects() {
-    page& p = data();
-    const std::vector<int> tenth{100}, half{500}, most{900};
-    const auto lt = kernel<binary_func>(primitive::klassSelect, L"lt", {{L"long", L"col"}, {L"long", L"val"}});
-    for (const auto& [label, limits] : {std::pair{"10", tenth}, {"50", half}, {"90", most}}) {
-        const std::vector<int> limit = limits;
-        compare(
-            std::string("sel_lt_long_col_val_") + label,
-            [=, &p] { lt(rows, out(p.out_positions), in(p.ints), in(limit), nullptr); },
-            [&p, limit] {
-                unsigned k = 0;
-                for (unsigned i = 0; i < rows; ++i) {
-                    p.out_positions[k] = i;
-                    k += !is_null(p.ints[i]) & (p.ints[i] < limit[0]);
-                }
-                benchmark::DoNotOptimize(k);
-            });
-    }
-    compare(
-        "sel_lt_long_col_val_selected",
-        [=, &p] {
-            lt(static_cast<unsigned>(p.selection.size()), out(p.out_positions), in(p.ints), in(half),
-               p.selection.data());
-        },
-        [&p] {
+    const std::vector<int>& values = page<int>(true);
+    std::vector<unsigned>& positions = page<unsigned>(false);
+    const auto lt = kernel<binary_func>(primitive::klassSelect, L"lt", {col_of<int>(), val_of<int>()});
+    const unsigned* const half = selection().data();
+    const auto count = static_cast<unsigned>(selection().size());
+    for (const int percent : {10, 50, 90}) {
+        const auto limit = std::make_shared<std::vector<int>>(1, percent * 10);
+        const auto plain = [to = positions.data(), x = values.data(), y = percent * 10](unsigned n, auto row) {
             unsigned k = 0;
-            for (const unsigned i : p.selection) {
-                p.out_positions[k] = i;
-                k += !is_null(p.ints[i]) & (p.ints[i] < 500);
+            for (unsigned i = 0; i < n; ++i) {
+                to[k] = row(i);
+                k += !is_null(x[row(i)]) & (x[row(i)] < y);
             }
             benchmark::DoNotOptimize(k);
-        });
-    const auto copy = kernel<unary_func>(primitive::klassSelect, L"copy", {{L"bit", L"col"}});
+        };
+        const std::string name = "sel_lt_long_val_" + std::to_string(percent);
+        compare(
+            name, [=, &positions, &values] { lt(rows, out(positions), in(values), in(*limit), nullptr); },
+            [=] { plain(rows, [](unsigned i) { return i; }); });
+        if (percent != 50) continue;
+        compare(
+            name + "_selected", [=, &positions, &values] { lt(count, out(positions), in(values), in(*limit), half); },
+            [=] { plain(count, [=](unsigned k) { return half[k]; }); }, count);
+    }
+    const auto isnull = kernel<unary_func>(primitive::klassSelect, L"isnull", {col_of<int>()});
     compare(
-        "sel_copy_bit_col", [=, &p] { copy(rows, out(p.out_positions), in(p.bits), nullptr); },
-        [&p] {
+        "sel_isnull_long", [=, &positions, &values] { isnull(rows, out(positions), in(values), nullptr); },
+        [to = positions.data(), x = values.data()] {
             unsigned k = 0;
             for (unsigned i = 0; i < rows; ++i) {
-                p.out_positions[k] = i;
-                k += p.bits[i].value & 1;
+                to[k] = i;
+                k += is_null(x[i]);
             }
             benchmark::DoNotOptimize(k);
         });
+    const std::vector<bit>& bits = page<bit>(false);
+    const auto copy = kernel<unary_func>(primitive::klassSelect, L"copy", {col_of<bit>()});
+    compare(
+        "sel_copy_bit", [=, &positions, &bits] { copy(rows, out(positions), in(bits), nullptr); },
+        [to = positions.data(), x = bits.data()] {
+            unsigned k = 0;
+            for (unsigned i = 0; i < rows; ++i) {
+                to[k] = i;
+                k += x[i].value & 1;
+            }
+            benchmark::DoNotOptimize(k);
+        });
+}
+
+/// An aggregate of a column by groups; `fold` brings one value into an accumulator.
+template <class R, class A, class Fold>
+void compare_aggregate(const std::wstring& operation, Fold fold) {
+    const auto f = kernel<binary_func>(primitive::klassAggregate, operation, {col_of<A>(), col_of<unsigned>()});
+    std::vector<R>& accumulators = page<R>(false);
+    const std::string name = "agg_" + narrow(operation) + "_" + narrow(std::wstring(datatraits<A>::name));
+    for (const bool nulls : {true, false}) {
+        const std::vector<A>& values = page<A>(nulls);
+        for (const auto& [label, groups] : {std::pair{"_one_group", 1U}, {"_few_groups", 6U}, {"_many_groups", rows}}) {
+            const std::vector<unsigned>& index = numbers_below(groups);
+            const unsigned char flags = groups == 1 ? column_flags::constant : 0;
+            compare(
+                name + label + (nulls ? "_nulls" : "_whole"),
+                [=, &accumulators, &values, &index] {
+                    f(rows, out(accumulators), in(values, nulls ? 0 : whole), in(index, flags), nullptr);
+                },
+                [=, to = accumulators.data(), x = values.data(), g = index.data(), one = groups == 1] {
+                    for (unsigned i = 0; i < rows; ++i) {
+                        R& accumulator = to[one ? 0 : g[i]];
+                        if (!nulls || !is_null(x[i])) accumulator = fold(accumulator, x[i]);
+                    }
+                });
+        }
+    }
 }
 
 void register_aggregates() {
-    page& p = data();
-    const auto sum = kernel<binary_func>(primitive::klassAggregate, L"sum", {{L"double", L"col"}, {L"ulng", L"col"}});
-    const auto fold = [&p](unsigned group, double value) {
-        double& accumulator = p.out_doubles[group];
-        if (!is_null(value)) accumulator = (is_null(accumulator) ? 0 : accumulator) + value;
-    };
+    compare_aggregate<double, double>(L"sum", [](double a, double x) { return (is_null(a) ? 0 : a) + x; });
+    compare_aggregate<bigint, int>(L"sum", [](bigint a, int x) { return (is_null(a) ? 0 : a) + x; });
+    compare_aggregate<int, int>(L"max", [](int a, int x) { return std::max(a, x); });
+    compare_aggregate<bigint, int>(L"count", [](bigint a, int) { return a + 1; });
+    const auto check =
+        kernel<ternary_func>(primitive::klassAggregate, L"check", {col_of<int>(), col_of<int>(), col_of<unsigned>()});
+    std::vector<bit>& marks = page<bit>(false);
+    const std::vector<int>& keys = page<int>(false);
+    const std::vector<int>& table = page<int>(false);
+    const std::vector<unsigned>& index = numbers_below(rows);
     compare(
-        "agg_sum_double_one_group",
-        [=, &p] { sum(rows, out(p.out_doubles), in(p.doubles), in(p.one_group, column_flags::constant), nullptr); },
-        [&p, fold] {
-            for (unsigned i = 0; i < rows; ++i) fold(0, p.doubles[i]);
-        });
-    compare(
-        "agg_sum_double_few_groups", [=, &p] { sum(rows, out(p.out_doubles), in(p.doubles), in(p.groups), nullptr); },
-        [&p, fold] {
-            for (unsigned i = 0; i < rows; ++i) fold(p.groups[i], p.doubles[i]);
-        });
-    compare(
-        "agg_sum_double_many_groups", [=, &p] { sum(rows, out(p.out_doubles), in(p.doubles), in(p.index), nullptr); },
-        [&p, fold] {
-            for (unsigned i = 0; i < rows; ++i) fold(p.index[i], p.doubles[i]);
-        });
-    const auto max = kernel<binary_func>(primitive::klassAggregate, L"max", {{L"long", L"col"}, {L"ulng", L"col"}});
-    compare(
-        "agg_max_long_few_groups", [=, &p] { max(rows, out(p.out_ints), in(p.ints), in(p.groups), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) {
-                int& accumulator = p.out_ints[p.groups[i]];
-                if (!is_null(p.ints[i])) accumulator = std::max(accumulator, p.ints[i]);
-            }
-        });
-    const auto check = kernel<ternary_func>(primitive::klassAggregate, L"check",
-                                            {{L"long", L"col"}, {L"long", L"col"}, {L"ulng", L"col"}});
-    compare(
-        "agg_check_long", [=, &p] { check(rows, out(p.out_bits), in(p.ints), in(p.other_ints), in(p.index), nullptr); },
-        [&p] {
-            for (unsigned i = 0; i < rows; ++i) p.out_bits[i] = {p.ints[i] != p.other_ints[p.index[i]]};
+        "agg_check_long",
+        [=, &marks, &keys, &table, &index] { check(rows, out(marks), in(keys), in(table), in(index), nullptr); },
+        [to = marks.data(), x = keys.data(), y = table.data(), g = index.data()] {
+            for (unsigned i = 0; i < rows; ++i) to[i] = {x[i] != y[g[i]]};
         });
 }
 
-void register_sorts() {
-    page& p = data();
-    const auto sort = kernel<sort_func>(primitive::klassSort, L"asc", {{L"ulng", L"col"}, {L"double", L"col"}});
+/// A page of words, of which there are a hundred, in a heap.
+struct words {
+    const usrtype* type = varchar::usrtypeof(varchar::clob_precision, 1, L"binary");
+    RefCntPtr<MemoryDataStream> stream = MakeRef<MemoryDataStream>();
+    std::unique_ptr<usrheap> heap = type->heap(stream.get());
+    std::vector<std::string> texts;
+    std::vector<unsigned> tokens;
+
+    words() {
+        for (unsigned i = 0; i < rows; ++i) {
+            texts.push_back("a word, number " + std::to_string(random_bits()() % 100) + " of many");
+            tokens.push_back(static_cast<unsigned>(heap->put(usratom(type, texts.back().data(), texts.back().size()))));
+        }
+    }
+    input_column input(unsigned count = rows) const { return {tokens.data(), heap.get(), sizeof(unsigned), count, 0}; }
+};
+
+void register_texts() {
+    static const words left, right, needle;
+    static const std::string sought = needle.texts[0].substr(8);
+    static std::vector<bit>& truths = page<bit>(false);
+    const primitive::argument text_col{L"usr4", L"col"}, text_val{L"usr4", L"val"};
+    const auto eq = kernel<binary_func>(primitive::klassMap, L"eq", {text_col, text_col});
+    compare(
+        "map_eq_usr4", [=] { eq(rows, out(truths), left.input(), right.input(), nullptr); },
+        [] {
+            for (unsigned i = 0; i < rows; ++i) truths[i] = bit{left.texts[i] == right.texts[i]};
+        });
+    const auto contains = kernel<binary_func>(primitive::klassMap, L"contains", {text_col, text_val});
+    compare(
+        "map_contains_usr4_val", [=] { contains(rows, out(truths), left.input(), needle.input(1), nullptr); },
+        [] {
+            for (unsigned i = 0; i < rows; ++i) {
+                const std::string& text = left.texts[i];
+                truths[i] =
+                    bit{memmem(text.data(), text.size(), needle.texts[0].data(), needle.texts[0].size()) != nullptr};
+            }
+        });
+    static std::vector<unsigned>& hashes = page<unsigned>(false);
+    const auto hash = kernel<unary_func>(primitive::klassMap, L"hash", {text_col});
+    compare(
+        "map_hash_usr4", [=] { hash(rows, out(hashes), left.input(), nullptr); },
+        [] {
+            for (unsigned i = 0; i < rows; ++i) {
+                hashes[i] = static_cast<unsigned>(std::hash<std::string_view>()(left.texts[i]));
+            }
+        });
+}
+
+void register_orders() {
+    const auto sort = kernel<sort_func>(primitive::klassSort, L"asc", {col_of<unsigned>(), col_of<double>()});
+    const std::vector<double>& values = page<double>(false);
     static std::vector<double> keys;
     static std::vector<unsigned> index;
     static std::vector<std::pair<double, unsigned>> pairs;
+    const auto by_key = [](const auto& a, const auto& b) { return a.first < b.first; };
     compare(
         "sort_asc_ulng_double",
-        [=, &p] {
-            keys = p.whole_doubles;
-            index = p.index;
+        [=, &values] {
+            keys = values;
+            index.resize(rows);
             sort(rows, out(index), out(keys));
         },
-        [&p] {
+        [=, &values] {
             pairs.resize(rows);
-            for (unsigned i = 0; i < rows; ++i) pairs[i] = {p.whole_doubles[i], p.index[i]};
-            std::sort(pairs.begin(), pairs.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+            for (unsigned i = 0; i < rows; ++i) pairs[i] = {values[i], i};
+            std::sort(pairs.begin(), pairs.end(), by_key);
         });
+    const auto merge = kernel<merge_func>(primitive::klassMerge, L"asc", {{L"long", L"col"}});
+    static std::vector<int> left = page<int>(false), right = page<int>(false), merged(2 * rows);
+    static std::vector<unsigned char> steps(rows / 4);
+    std::sort(left.begin(), left.end());
+    std::sort(right.begin(), right.end());
+    compare(
+        "merge_asc_long",
+        [=] {
+            merge(2 * rows, {steps.data(), nullptr, 1, rows / 4, nullptr}, in(left), in(right));
+        },
+        [] { std::merge(left.begin(), left.end(), right.begin(), right.end(), merged.begin()); }, 2 * rows);
+}
+
+/// Ten million random keys with their index, beside std::sort of pairs of them; `ratio` is over that.
+void sort_many(benchmark::State& state, bool parallel) {
+    constexpr unsigned count = 10000000;
+    const auto sort = kernel<sort_func>(primitive::klassSort, L"asc", {col_of<unsigned>(), col_of<bigint>()});
+    std::vector<bigint> values(count);
+    for (bigint& value : values) value = static_cast<bigint>(random_bits()());
+    std::vector<std::pair<bigint, unsigned>> pairs(count);
+    for (unsigned i = 0; i < count; ++i) pairs[i] = {values[i], i};
+    const auto seconds = [](auto work) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    const double plain = seconds([&] { std::sort(pairs.begin(), pairs.end()); });
+    std::vector<unsigned> index(count);
+    for (auto _ : state) {
+        for (unsigned i = 0; i < count; ++i) index[i] = i;
+        unsigned char flags = parallel ? column_flags::parallel_sort : 0;
+        const double spent = seconds([&] {
+            sort(count, out(index), {values.data(), nullptr, sizeof(bigint), count, &flags});
+        });
+        state.SetIterationTime(spent);
+        state.counters["ns"] = spent / count * 1e9;
+        state.counters["ratio"] = spent / plain;
+    }
 }
 
 }  // namespace
@@ -337,10 +518,23 @@ void register_sorts() {
 int main(int argc, char** argv) {
     qve::types_initialization();
     qve::define_primitives();
-    qve::register_maps();
+    qve::register_arithmetic();
+    qve::register_comparisons();
+    qve::register_conversions();
+    qve::register_hashes();
+    qve::register_fetch<double>();
+    qve::register_fetch<int>();
+    qve::register_dates();
     qve::register_selects();
     qve::register_aggregates();
-    qve::register_sorts();
+    qve::register_texts();
+    qve::register_orders();
+    for (const bool parallel : {false, true}) {
+        benchmark::RegisterBenchmark(parallel ? "sort_10M_bigint/parallel" : "sort_10M_bigint/one_thread",
+                                     [parallel](benchmark::State& state) { qve::sort_many(state, parallel); })
+            ->Iterations(1)
+            ->UseManualTime();
+    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();

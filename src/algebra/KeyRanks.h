@@ -25,7 +25,7 @@ public:
     template <class K, class Slot>
     unsigned ProbeHits(unsigned count, unsigned* hits, unsigned* rows, const K* keys, const unsigned* sel,
                        Slot slot) const {
-        if (current_vector_level() == vector_level::avx2)
+        if (current_vector_level() >= vector_level::avx2)
             return Fast(count, hits, rows, keys, sel, slot, m_blocks.data());
         return Look(count, hits, rows, keys, sel, slot, m_blocks.data());
     }

@@ -83,7 +83,7 @@ struct aggregate_kernel {
     static partial reduce_rows(unsigned n, View a, unsigned const* sel) {
         if (sel) return reduce<true>(n, a, sel);
         const vector_level level = current_vector_level();
-        if (level == vector_level::avx2) return a.whole ? reduce_whole_avx2(n, a) : reduce_nulls_avx2(n, a);
+        if (level >= vector_level::avx2) return a.whole ? reduce_whole_avx2(n, a) : reduce_nulls_avx2(n, a);
         if (a.whole) return reduce_whole(n, a);
         return level == vector_level::sse41 ? reduce_nulls_sse41(n, a) : reduce_nulls(n, a);
     }

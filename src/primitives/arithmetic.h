@@ -9,6 +9,9 @@ namespace qve {
 
 // What the arithmetic of several operations has in common: which result two numbers have, and how moments move.
 
+/// A number that counts nothing in particular.
+template <class T>
+inline constexpr bool is_plain_number = std::is_arithmetic_v<T>;
 template <class T>
 inline constexpr bool is_time = std::is_same_v<T, date> || std::is_same_v<T, datetime> || std::is_same_v<T, duration>;
 

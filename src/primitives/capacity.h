@@ -16,10 +16,14 @@ inline unsigned rows_that_fit(unsigned n, bool fits) {
     return rows;
 }
 
-/// The capacity stop of maps: `n` rows, or the rows that `sel` lists in ascending order, of `width` bytes each.
+/// Whether an output holds `n` rows, or the rows that `sel` lists in ascending order, of `width` bytes each.
+inline bool holds_rows(unsigned n, const output_column& out, uint64_t width, unsigned const* sel) {
+    return out.width == width && out.limit >= n && (n == 0 || !sel || sel[n - 1] < out.limit);
+}
+
+/// The capacity stop of maps.
 inline unsigned rows_that_fit(unsigned n, const output_column& out, uint64_t width, unsigned const* sel) {
-    const bool fits = out.width == width && out.limit >= n && (n == 0 || !sel || sel[n - 1] < out.limit);
-    return rows_that_fit(n, fits);
+    return rows_that_fit(n, holds_rows(n, out, width, sel));
 }
 
 }  // namespace qve

@@ -9,6 +9,9 @@ namespace qve {
 struct cast_op {
     template <class R, class A>
     static constexpr bool makes_nulls = !conversion_keeps_whole<R, A>;
+    // The same type is copied, and the divisions of moments have no vector form.
+    template <class R, class A>
+    static constexpr bool vectorised_for = !std::is_same_v<R, A> && (is_plain_number<A> || std::is_same_v<A, bit>);
 
     template <class R, class A>
     [[gnu::always_inline]] static R apply(A a) {

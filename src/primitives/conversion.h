@@ -37,6 +37,8 @@ constexpr R converted_number(A a) {
         return static_cast<R>(a);
     } else if constexpr (is_real<A>) {
         return truncated<R>(static_cast<double>(a));
+    } else if constexpr (conversion_keeps_whole<R, A>()) {
+        return static_cast<R>(a);
     } else {
         const R narrowed = static_cast<R>(a);
         const bool fits = static_cast<A>(narrowed) == a && (narrowed < R(0)) == (a < A(0));
@@ -69,7 +71,10 @@ constexpr R converted(A a) {
     if constexpr (std::is_same_v<R, A>) {
         return a;
     } else if constexpr (std::is_same_v<A, bit>) {
-        return detail::converted_number<R>(a.value);
+        if constexpr (is_time<R>)
+            return converted<R>(static_cast<int>(a.value));
+        else
+            return detail::converted_number<R>(a.value);
     } else if constexpr (std::is_same_v<A, date>) {
         if constexpr (std::is_same_v<R, datetime>) {
             return midnight(a);
@@ -105,8 +110,9 @@ constexpr R converted(A a) {
 /// From which plain types there is a conversion to R.
 template <class R>
 using conversion_sources = std::conditional_t<
-    std::is_same_v<R, date>, joined<number_atoms, atoms<date, datetime>>,
-    std::conditional_t<std::is_same_v<R, datetime> || std::is_same_v<R, duration>, joined<number_atoms, time_atoms>,
+    std::is_same_v<R, date>, joined<atoms<bit>, number_atoms, atoms<date, datetime>>,
+    std::conditional_t<std::is_same_v<R, datetime> || std::is_same_v<R, duration>,
+                       joined<atoms<bit>, number_atoms, time_atoms>,
                        std::conditional_t<std::is_same_v<R, bit>, joined<atoms<bit>, number_atoms, index_atoms>,
                                           joined<atoms<bit>, number_atoms, index_atoms, time_atoms>>>>;
 

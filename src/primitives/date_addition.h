@@ -64,13 +64,17 @@ struct tick_addition {
     static constexpr bool makes_nulls = true;
 
     template <class R, class A, class B>
-    static R apply(A a, B b) {
+    static constexpr bool vectorised_for = !std::is_same_v<A, duration>;
+
+    template <class R, class A, class B>
+    [[gnu::always_inline]] static R apply(A a, B b) {
         constexpr long long most = std::numeric_limits<long long>::max() / Op::ticks;
         const long long count = b;
         const bool fits = count >= -most && count <= most;
         const duration shift = fits ? duration{count * Op::ticks} : datatraits<duration>::null;
         if constexpr (std::is_same_v<A, date>) {
-            return fits ? moved(a, shift.value / ticks_per_day) : datatraits<date>::null;
+            constexpr long long beyond = -(1LL << 62);  // every date
+            return moved(a, fits ? count * (Op::ticks / ticks_per_day) : beyond);
         } else if constexpr (std::is_same_v<A, datetime>) {
             return moved(a, shift);
         } else {
@@ -92,8 +96,9 @@ using diff_clock_signatures = joined<diff_day_signatures, signatures<sig<int, du
 template <class Op>
 struct day_difference {
     static constexpr const wchar_t* name = Op::name;
+    static constexpr bool vectorised = true;
     template <class R, class A, class B>
-    static R apply(A a, B b) {
+    [[gnu::always_inline]] static R apply(A a, B b) {
         return Op::of(day_number(b)) - Op::of(day_number(a));
     }
 };
@@ -105,9 +110,21 @@ struct tick_difference {
     template <class R, class A, class B>
     static constexpr bool makes_nulls = true;
 
+    // Whole days between dates need no 64-bit division.
+    template <class A, class B>
+    static constexpr bool in_days =
+        std::is_same_v<A, date>&& std::is_same_v<B, date>&& Op::ticks == ticks_per_day&& Op::origin == 0;
     template <class R, class A, class B>
-    static R apply(A a, B b) {
-        const long long units = unit(count_ticks(b)) - unit(count_ticks(a));
+    static constexpr bool vectorised_for = in_days<A, B>;
+
+    template <class R, class A, class B>
+    [[gnu::always_inline]] static R apply(A a, B b) {
+        long long units = 0;
+        if constexpr (in_days<A, B>) {
+            units = static_cast<long long>(b.value) - static_cast<long long>(a.value);
+        } else {
+            units = unit(count_ticks(b)) - unit(count_ticks(a));
+        }
         const bool fits = units > std::numeric_limits<int>::min() && units <= std::numeric_limits<int>::max();
         return fits ? static_cast<int>(units) : datatraits<int>::null;
     }

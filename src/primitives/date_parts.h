@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 
 #include "primitives/arithmetic.h"
 #include "primitives/map_kernel.h"
@@ -17,8 +18,21 @@ inline constexpr unsigned last_day = 300000000;
 [[gnu::always_inline]] inline constexpr unsigned day_number(date d) {
     return std::min(d.value, last_day);
 }
+/// Moments from here on, and the bits of nulls, count as this one.
+inline constexpr unsigned long long last_moment = (last_day + 1ULL) * ticks_per_day - 1;
+
+/// The whole days of a count of ticks up to last_moment, by floating-point arithmetic, as no vector unit divides 64-bit
+/// integers. Exact: with the power of 2 in the ticks of a day gone the count has less than 52 bits, and two quotients
+/// by what is left, 421875, are further apart than a double with 29 bits before the point can err.
+[[gnu::always_inline]] inline constexpr unsigned whole_days(unsigned long long ticks) {
+    constexpr unsigned long long two_to_52 = 0x4330000000000000;  // the bits of it as a double
+    const double count = std::bit_cast<double>(two_to_52 | ticks >> 11) - 4503599627370496.0;
+    return static_cast<unsigned>(static_cast<int>(count / static_cast<double>(ticks_per_day >> 11)));
+}
+static_assert(ticks_per_day % (1 << 11) == 0 && (last_moment >> 11) < 1ULL << 52);
+
 [[gnu::always_inline]] inline constexpr unsigned day_number(datetime t) {
-    return static_cast<unsigned>(std::min<unsigned long long>(t.value / ticks_per_day, last_day));
+    return whole_days(std::min(t.value, last_moment));
 }
 [[gnu::always_inline]] inline constexpr calendar::civil_date civil(unsigned day) {
     return calendar::civil(static_cast<int>(day));
@@ -35,11 +49,12 @@ inline constexpr unsigned week_number(unsigned day) {
 }
 
 /// Ticks since midnight; of a duration the ticks beyond its whole days, with its sign.
-inline constexpr long long clock_ticks(date) {
+inline constexpr unsigned clock_ticks(date) {
     return 0;
 }
-inline constexpr long long clock_ticks(datetime t) {
-    return static_cast<long long>(t.value % ticks_per_day);
+[[gnu::always_inline]] inline constexpr unsigned clock_ticks(datetime t) {
+    const unsigned long long ticks = std::min(t.value, last_moment);
+    return static_cast<unsigned>(ticks - static_cast<unsigned long long>(whole_days(ticks)) * ticks_per_day);
 }
 inline constexpr long long clock_ticks(duration d) {
     return d.value % ticks_per_day;
@@ -69,6 +84,7 @@ using day_atoms = atoms<date, datetime>;
 template <class Op>
 struct day_part {
     static constexpr const wchar_t* name = Op::name;
+    static constexpr bool vectorised = true;
     template <class R, class A>
     [[gnu::always_inline]] static R apply(A a) {
         return Op::of(day_number(a));
@@ -82,8 +98,11 @@ template <class Op>
 struct clock_part {
     static constexpr const wchar_t* name = Op::name;
     template <class R, class A>
+    static constexpr bool vectorised_for = std::is_same_v<A, datetime>;
+    template <class R, class A>
     [[gnu::always_inline]] static R apply(A a) {
-        return static_cast<int>(clock_ticks(a) / Op::ticks % Op::count);
+        using count = decltype(clock_ticks(a));
+        return static_cast<int>(clock_ticks(a) / static_cast<count>(Op::ticks) % static_cast<count>(Op::count));
     }
 };
 template <class Op>
@@ -93,6 +112,10 @@ using register_clock_part = register_maps<clock_part<Op>, for_each_atom<part_sig
 template <class Op>
 struct day_truncation {
     static constexpr const wchar_t* name = Op::name;
+    static constexpr bool vectorised = true;
+    /// Day 0 is the second of its month: what begins before it is null.
+    template <class R, class A>
+    static constexpr bool makes_nulls = true;
     template <class R, class A>
     [[gnu::always_inline]] static R apply(A a) {
         return {Op::of(day_number(a))};

@@ -22,7 +22,7 @@ unsigned highest_scalar(unsigned n, unsigned const* groups) {
 }  // namespace
 
 unsigned highest_group(unsigned n, unsigned const* groups, unsigned const* sel) {
-    if (!sel) return current_vector_level() == vector_level::avx2 ? highest_avx2(n, groups) : highest_scalar(n, groups);
+    if (!sel) return current_vector_level() >= vector_level::avx2 ? highest_avx2(n, groups) : highest_scalar(n, groups);
     unsigned highest = 0;
     for (unsigned k = 0; k < n; ++k) highest = std::max(highest, groups[sel[k]]);
     return highest;

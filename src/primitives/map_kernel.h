@@ -19,7 +19,8 @@ namespace qve {
 // and, optionally, as static constexpr bool:
 //   never_null                                   the result is never null, whatever the arguments
 //   makes_nulls<R, atoms...>                     whole arguments may still give a null
-//   vectorised                                   dense loops exist for the wider vector units too
+//   vectorised                                   dense loops exist for the wider vector units too;
+//                                                as vectorised_for<R, atoms...> for some
 
 enum class null_rule { strict, own };
 
@@ -40,10 +41,15 @@ constexpr bool makes_nulls() {
     if constexpr (requires { Op::template makes_nulls<R, A...>; }) return Op::template makes_nulls<R, A...>;
     return false;
 }
-template <class Op>
+template <class Op, class R, class... A>
 constexpr bool vectorised() {
-    if constexpr (requires { Op::vectorised; }) return Op::vectorised;
-    return false;
+    if constexpr (requires { Op::template vectorised_for<R, A...>; }) {
+        return Op::template vectorised_for<R, A...>;
+    } else if constexpr (requires { Op::vectorised; }) {
+        return Op::vectorised;
+    } else {
+        return false;
+    }
 }
 }  // namespace detail
 
@@ -84,26 +90,37 @@ struct map_kernel {
         }
     }
 
-    static unsigned nulls_scalar(unsigned n, R* out, Views... views) {
+    [[gnu::flatten]] static unsigned nulls_scalar(unsigned n, R* out, Views... views) {
         return dense<true>(n, out, views...);
     }
-    [[gnu::target("sse4.1")]] static unsigned nulls_sse41(unsigned n, R* out, Views... views) {
+    [[gnu::flatten, gnu::target("sse4.1")]] static unsigned nulls_sse41(unsigned n, R* out, Views... views) {
         return dense<true>(n, out, views...);
     }
-    [[gnu::target("avx2")]] static unsigned nulls_avx2(unsigned n, R* out, Views... views) {
+    [[gnu::flatten, gnu::target("avx2")]] static unsigned nulls_avx2(unsigned n, R* out, Views... views) {
         return dense<true>(n, out, views...);
     }
-    static unsigned whole_scalar(unsigned n, R* out, Views... views) {
+    [[gnu::flatten]] static unsigned whole_scalar(unsigned n, R* out, Views... views) {
         return dense<false>(n, out, views...);
     }
-    [[gnu::target("avx2")]] static unsigned whole_avx2(unsigned n, R* out, Views... views) {
+    [[gnu::flatten, gnu::target("avx2")]] static unsigned whole_avx2(unsigned n, R* out, Views... views) {
+        return dense<false>(n, out, views...);
+    }
+
+    [[gnu::flatten, gnu::target("avx512f,avx512dq,avx512bw,avx512vl")]] static unsigned nulls_avx512(unsigned n, R* out,
+                                                                                                     Views... views) {
+        return dense<true>(n, out, views...);
+    }
+    [[gnu::flatten, gnu::target("avx512f,avx512dq,avx512bw,avx512vl")]] static unsigned whole_avx512(unsigned n, R* out,
+                                                                                                     Views... views) {
         return dense<false>(n, out, views...);
     }
 
     /// All rows from 0 to n-1. Returns 0 when whole arguments gave no null.
     static unsigned dense_rows(bool whole, unsigned n, R* out, Views... views) {
-        if constexpr (detail::vectorised<Op>()) {
+        if constexpr (detail::vectorised<Op, R, typename Views::atom...>()) {
             const vector_level level = current_vector_level();
+            if (level == vector_level::avx512)
+                return whole ? whole_avx512(n, out, views...) : nulls_avx512(n, out, views...);
             if (level == vector_level::avx2) return whole ? whole_avx2(n, out, views...) : nulls_avx2(n, out, views...);
             if (level == vector_level::sse41 && !whole) return nulls_sse41(n, out, views...);
         }
@@ -127,8 +144,7 @@ struct map_kernel {
     using input = input_column;
 
     static unsigned run(unsigned n, output_column out, input<Views>... arguments, unsigned const* sel) {
-        n = rows_that_fit(n, out, sizeof(R), sel);
-        rows_that_fit(n, (Views::fits(arguments) && ... && true));
+        n = rows_that_fit(n, holds_rows(n, out, sizeof(R), sel) && (Views::fits(arguments) && ... && true));
         if (n == 0) return 0;
         return walk(n, out, sel, Views(arguments)...);
     }

@@ -5,7 +5,7 @@ namespace {
 
 struct month_op {
     static constexpr const wchar_t* name = L"month";
-    static int of(unsigned day) { return civil(day).month; }
+    [[gnu::always_inline]] static int of(unsigned day) { return civil(day).month; }
 };
 
 const register_day_part<month_op> registered;

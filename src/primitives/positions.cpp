@@ -77,6 +77,7 @@ unsigned one_by_one(unsigned from, unsigned n, const bit* hits, unsigned base, u
 
 unsigned positions_of(unsigned n, const bit* hits, unsigned base, unsigned* out) {
     switch (current_vector_level()) {
+        case vector_level::avx512:
         case vector_level::avx2:
             return by_avx2(n, hits, base, out);
         case vector_level::sse41:

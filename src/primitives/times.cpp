@@ -15,6 +15,8 @@ struct times_op {
     [[gnu::always_inline]] static R apply(A a, B b) {
         if constexpr (std::is_same_v<B, duration>) {
             return apply<R>(b, a);
+        } else if constexpr (std::is_same_v<R, bigint> && sizeof(A) <= 4 && sizeof(B) <= 4) {
+            return static_cast<bigint>(a) * static_cast<bigint>(b);  // one instruction for the product of two halves
         } else if constexpr (!std::is_same_v<A, duration>) {
             return static_cast<R>(static_cast<wrapping<R>>(a) * static_cast<wrapping<R>>(b));
         } else if constexpr (std::is_floating_point_v<B>) {

@@ -7,7 +7,9 @@ namespace {
 struct truncday_op {
     static constexpr const wchar_t* name = L"truncday";
     template <class R, class A>
-    static R apply(A a) {
+    static constexpr bool vectorised_for = !std::is_same_v<A, duration>;
+    template <class R, class A>
+    [[gnu::always_inline]] static R apply(A a) {
         if constexpr (std::is_same_v<A, duration>) {
             return {a.value - a.value % (ticks_per_day)};
         } else {

@@ -5,7 +5,7 @@ namespace {
 
 struct truncmonth_op {
     static constexpr const wchar_t* name = L"truncmonth";
-    static unsigned of(unsigned day) {
+    [[gnu::always_inline]] static unsigned of(unsigned day) {
         const calendar::civil_date c = civil(day);
         return first_day(c.year, c.month);
     }

@@ -5,7 +5,7 @@ namespace {
 
 struct truncquarter_op {
     static constexpr const wchar_t* name = L"truncquarter";
-    static unsigned of(unsigned day) {
+    [[gnu::always_inline]] static unsigned of(unsigned day) {
         const calendar::civil_date c = civil(day);
         return first_day(c.year, (c.month - 1) / 3 * 3 + 1);
     }

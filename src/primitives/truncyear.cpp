@@ -5,7 +5,7 @@ namespace {
 
 struct truncyear_op {
     static constexpr const wchar_t* name = L"truncyear";
-    static unsigned of(unsigned day) { return first_day(civil(day).year, 1); }
+    [[gnu::always_inline]] static unsigned of(unsigned day) { return first_day(civil(day).year, 1); }
 };
 
 const register_day_truncation<truncyear_op> registered;

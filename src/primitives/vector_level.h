@@ -3,7 +3,7 @@
 namespace qve {
 
 /// How far dense loops may use the vector unit of the processor. All levels give the same results bit for bit.
-enum class vector_level : unsigned char { scalar, sse41, avx2 };
+enum class vector_level : unsigned char { scalar, sse41, avx2, avx512 };
 
 /// The level of this process: what the processor has, or scalar when vector features are switched off.
 vector_level supported_vector_level();

@@ -5,7 +5,7 @@ namespace {
 
 struct weekday_op {
     static constexpr const wchar_t* name = L"weekday";
-    static int of(unsigned day) { return static_cast<int>((day + 2) % 7) + 1; }
+    [[gnu::always_inline]] static int of(unsigned day) { return static_cast<int>((day + 2) % 7) + 1; }
 };
 
 const register_day_part<weekday_op> registered;

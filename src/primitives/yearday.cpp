@@ -5,7 +5,9 @@ namespace {
 
 struct yearday_op {
     static constexpr const wchar_t* name = L"yearday";
-    static int of(unsigned day) { return static_cast<int>(day - first_day(civil(day).year, 1)) + 1; }
+    [[gnu::always_inline]] static int of(unsigned day) {
+        return static_cast<int>(day - first_day(civil(day).year, 1)) + 1;
+    }
 };
 
 const register_day_part<yearday_op> registered;

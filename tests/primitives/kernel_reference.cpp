@@ -1,5 +1,6 @@
 #include "tests/primitives/kernel_reference.h"
 
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -257,6 +258,44 @@ cell cluster(const type_info& r, types_of t, cells a) {
     return wrapped(r, (a[0].i >> shift) & mask);
 }
 
+// The bits of a value, extended by its own sign.
+unsigned long long bits_of(const type_info& type, const cell& value) {
+    if (value.null) return null_bits(type);
+    if (!value.real) return static_cast<unsigned long long>(static_cast<long long>(value.i));
+    if (type.width == 4) return std::bit_cast<unsigned>(static_cast<float>(value.d));
+    return std::bit_cast<unsigned long long>(value.d);
+}
+unsigned long long mixed64(unsigned long long k) {
+    k = (k << 18) + ~k;
+    k = (k ^ (k >> 31)) * 21;
+    k = (k ^ (k >> 11)) * 65;
+    return (k ^ (k >> 22)) & 0xFFFFFFFF;
+}
+unsigned hash_of(const type_info& type, const cell& value) {
+    const unsigned long long bits = bits_of(type, value);
+    if (type.width == 8) return static_cast<unsigned>(mixed64(bits));
+    auto h = static_cast<unsigned>(bits);
+    if (value.null && type.is_signed && type.width < 4) h = ~0u << (8 * type.width - 1);
+    h = (h << 15) + ~h;
+    h = (h ^ (h >> 12)) * 5;
+    h = (h ^ (h >> 4)) * 2057;
+    return h ^ (h >> 16);
+}
+cell hash(const type_info& r, types_of t, cells a) {
+    return wrapped(r, hash_of(*t[0], a[0]));
+}
+cell rehash(const type_info& r, types_of t, cells a) {
+    return wrapped(
+        r, static_cast<__int128>(mixed64(hash_of(*t[0], a[0]) | static_cast<unsigned long long>(folded_before) << 32)));
+}
+cell radixhash(const type_info& r, types_of t, cells a) {
+    const unsigned long long mask = ~0ULL >> (64 - 8 * t[0]->width);
+    return wrapped(r, static_cast<__int128>(bits_of(*t[0], a[0]) & mask));
+}
+cell radixgrp(const type_info& r, types_of t, cells a) {
+    return wrapped(r, radixhash(r, t, a).i | static_cast<__int128>(folded_before) << (8 * t[0]->width));
+}
+
 enum class scope { plain, numbers, comparable, no_text };
 
 struct definition {
@@ -309,6 +348,10 @@ const std::map<std::wstring, definition>& definitions() {
         {L"iif", {iif}},
         {L"greatest", {greatest, scope::no_text}},
         {L"least", {least, scope::no_text}},
+        {L"hash", {hash, scope::no_text}},
+        {L"rehash", {rehash, scope::no_text}},
+        {L"radixhash", {radixhash}},
+        {L"radixgrp", {radixgrp}},
         {L"pageoffset", {pageoffset}},
         {L"cluster", {cluster}},
         {L"to_int", {convert, scope::numbers}},
@@ -331,7 +374,7 @@ row_reference reference_of(const std::wstring& operation, const std::vector<cons
     }
     const auto found = definitions().find(operation);
     if (found != definitions().end()) {
-        if (time && found->second.over == scope::numbers) return nullptr;
+        if (time && found->second.over == scope::numbers) return date_reference_of(operation, types);
         // Tokens without a heap are plain numbers, but not to those that parse them.
         if (text && (found->second.over == scope::numbers || found->second.over == scope::no_text)) return nullptr;
         return found->second.row;
@@ -339,7 +382,7 @@ row_reference reference_of(const std::wstring& operation, const std::vector<cons
     for (const std::wstring_view name : plain_names) {
         if (operation == name && !time && !text) return convert;
     }
-    return nullptr;
+    return date_reference_of(operation, types);
 }
 
 }  // namespace qve::test

@@ -18,14 +18,6 @@ constexpr type_info types[] = {
     {L"usr2", 2, false, false, false},     {L"usr4", 4, false, false, false},   {L"usr8", 8, false, false, false},
 };
 
-uint64_t null_bits(const type_info& type) {
-    if (type.name == L"bit") return 128;
-    if (type.name == L"float") return 0x7FC10000;
-    if (type.name == L"double") return 0x7FF9000000000000;
-    const uint64_t ones = ~0ULL >> (64 - 8 * type.width);
-    return type.lowest_is_null ? uint64_t{1} << (8 * type.width - 1) : ones;
-}
-
 uint64_t read_bits(const type_info& type, const void* at) {
     uint64_t bits = 0;
     std::memcpy(&bits, at, type.width);
@@ -33,6 +25,14 @@ uint64_t read_bits(const type_info& type, const void* at) {
 }
 
 }  // namespace
+
+uint64_t null_bits(const type_info& type) {
+    if (type.name == L"bit") return 128;
+    if (type.name == L"float") return 0x7FC10000;
+    if (type.name == L"double") return 0x7FF9000000000000;
+    const uint64_t ones = ~0ULL >> (64 - 8 * type.width);
+    return type.lowest_is_null ? uint64_t{1} << (8 * type.width - 1) : ones;
+}
 
 const type_info& type_info::of(std::wstring_view name) {
     for (const type_info& type : types) {
@@ -135,6 +135,21 @@ test_column test_column::small(std::wstring_view type, unsigned count, bool null
             bits = info.width == 4 ? std::bit_cast<uint32_t>(static_cast<float>(number))
                                    : std::bit_cast<uint64_t>(static_cast<double>(number));
         }
+        if (nulls && random() % 5 == 0) bits = null_bits(info);
+        std::memcpy(column.m_bytes.data() + static_cast<size_t>(i) * info.width, &bits, info.width);
+    }
+    return column;
+}
+
+test_column test_column::calendar(std::wstring_view type, unsigned count, bool nulls, std::mt19937& random) {
+    constexpr uint64_t ticks_of_day = 864000000;
+    test_column column = filled(type, count, 0);
+    column.m_flags = nulls ? 0 : column_flags::not_null;
+    const type_info& info = *column.m_type;
+    const uint64_t special[] = {0, 1, 1721423, 1721424, 2299159, 2299160, 2451543, 2451544, 5373484};
+    for (unsigned i = 0; i < count; ++i) {
+        uint64_t bits = random() % 3 ? random() % 5373485 : special[random() % std::size(special)];
+        if (info.width == 8) bits = bits * ticks_of_day + (random() % 3 ? random() % ticks_of_day : ticks_of_day - 1);
         if (nulls && random() % 5 == 0) bits = null_bits(info);
         std::memcpy(column.m_bytes.data() + static_cast<size_t>(i) * info.width, &bits, info.width);
     }

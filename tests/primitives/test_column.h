@@ -33,6 +33,8 @@ struct type_info {
 };
 
 cell read_cell(const type_info& type, const void* at);
+/// The bits of the type's null.
+uint64_t null_bits(const type_info& type);
 /// The integer wrapped to the width of the type; a wrapped null is null.
 cell wrapped(const type_info& type, __int128 value);
 cell real_cell(double value);
@@ -55,6 +57,8 @@ public:
     test_column row(unsigned i) const;
     /// Numbers from -99 to 99, of an unsigned type from 0 to 198.
     static test_column small(std::wstring_view type, unsigned count, bool nulls, std::mt19937& random);
+    /// Dates or moments of the years that have four digits.
+    static test_column calendar(std::wstring_view type, unsigned count, bool nulls, std::mt19937& random);
     /// Every byte set to `value`.
     static test_column filled(std::wstring_view type, unsigned count, unsigned char value);
     static test_column nulls(std::wstring_view type, unsigned count);
