@@ -67,11 +67,6 @@ protected:
         return ::access("/dev/shm", W_OK) == 0 ? fs::path("/dev/shm") : fs::temp_directory_path();
     }
 
-    void SetUp() override {
-#ifdef QVE_SANITIZED
-        GTEST_SKIP() << "the sanitizers take the calls that are to fail";
-#endif
-    }
     /// A new server with the faults in reach.
     void Start() {
         m_client.reset();
