@@ -36,7 +36,7 @@ std::string RandomQuery::RestrictedVql() const {
 
 RandomQuery RandomQueryMaker::Make(unsigned depth) {
     if (depth == 0) return MakeTable();
-    switch (Below(13)) {
+    switch (Below(15)) {
         case 0:
             return MakeTable();
         case 1:
@@ -56,6 +56,10 @@ RandomQuery RandomQueryMaker::Make(unsigned depth) {
             return MakeJoin(depth);
         case 11:
             return MakeOrder(depth);
+        case 12:
+            return MakeAppend(depth);
+        case 13:
+            return MakePivot(depth);
         default:
             return MakeTop(depth);
     }
@@ -260,6 +264,67 @@ RandomQuery RandomQueryMaker::MakeJoin(unsigned depth) {
                             kept.empty() ? sqlImports.substr(2) : kept + sqlImports, left.sql, sql,
                             inner.empty() ? "1" : inner, right.sql, condition.empty() ? "1" : condition);
     query.most = left.most * right.most + left.most + right.most;
+    return query;
+}
+
+// Each column of the left query that is shown is continued by one of its type of the right.
+RandomQuery RandomQueryMaker::MakeAppend(unsigned depth) {
+    const RandomQuery left = Make(depth - 1);
+    const RandomQuery right = Make(depth - 1);
+    RandomQuery query;
+    query.inputs = {std::make_shared<const RandomQuery>(left), std::make_shared<const RandomQuery>(right)};
+    Columns others = right.columns;
+    std::shuffle(others.begin(), others.end(), m_random);
+    std::string renames;
+    Columns sources;
+    for (const RandomColumn& column : left.columns) {
+        const auto found = std::find_if(others.begin(), others.end(),
+                                        [&column](const RandomColumn& other) { return other.type == column.type; });
+        if (found == others.end()) continue;
+        renames += fmt::format("{}([{}] [{}])", renames.empty() ? "" : " ", found->name, column.name);
+        query.columns.push_back(
+            {column.name, column.type, std::max(column.grade, found->grade), std::max(column.most, found->most)});
+        sources.push_back(*found);
+        others.erase(found);
+    }
+    if (query.columns.empty()) return left;
+    query.vql = fmt::format("(append (restrict {} ({})) (restrict {} ({})) ({}))", left.vql, Names(query.columns),
+                            right.vql, Names(sources), renames);
+    query.sql = fmt::format("select {} from ({}) union all select {} from ({})", SqlNames(query.columns), left.sql,
+                            SqlNames(sources), right.sql);
+    query.most = left.most + right.most;
+    return query;
+}
+
+RandomQuery RandomQueryMaker::MakePivot(unsigned depth) {
+    const RandomQuery input = Make(depth - 1);
+    RandomQuery query = Over(input);
+    const RandomType type = AnyType();
+    Columns members;
+    for (const RandomColumn& column : input.columns) {
+        if (column.type == type && members.size() < 3) members.push_back(column);
+    }
+    if (members.empty()) return input;
+    std::erase_if(query.columns, [&members](const RandomColumn& column) {
+        return std::any_of(members.begin(), members.end(),
+                           [&column](const RandomColumn& member) { return member.name == column.name; });
+    });
+    const std::string tag = NewName();
+    const std::string value = NewName();
+    const std::string kept = query.columns.empty() ? "" : SqlNames(query.columns) + ", ";
+    RandomColumn group{value, type, Grade::dyadic, 0};
+    std::string tags;
+    for (size_t i = 0; i < members.size(); ++i) {
+        tags += fmt::format("{}[tag{}]", i ? " " : "", i);
+        query.sql += fmt::format("{}select {}'tag{}' as {}, {} as {} from ({})", i ? " union all " : "", kept, i, tag,
+                                 members[i].name, value, input.sql);
+        group.grade = std::max(group.grade, members[i].grade);
+        group.most = std::max(group.most, members[i].most);
+    }
+    query.vql = fmt::format("(pivot {} ([{}] ({})) (([{}] ({}))))", input.vql, tag, tags, value, Names(members));
+    query.columns.push_back({tag, RandomType::text, Grade::dyadic, 0});
+    query.columns.push_back(group);
+    query.most *= static_cast<double>(members.size());
     return query;
 }
 

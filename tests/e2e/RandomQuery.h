@@ -76,6 +76,8 @@ private:
     RandomQuery MakeAggregate(unsigned depth);
     RandomQuery MakeAggregateOf(RandomQuery input, unsigned keys);
     RandomQuery MakeJoin(unsigned depth);
+    RandomQuery MakeAppend(unsigned depth);
+    RandomQuery MakePivot(unsigned depth);
     RandomQuery MakeOrder(unsigned depth);
     RandomQuery MakeTop(unsigned depth);
     RandomQuery Over(RandomQuery input) const;

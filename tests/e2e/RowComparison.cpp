@@ -22,7 +22,7 @@ std::string SortKey(const Row& row) {
     for (const Cell& cell : row) {
         if (const auto* real = std::get_if<double>(&cell)) {
             const double whole = std::round(*real);
-            const bool isWhole = std::abs(*real - whole) <= 1e-9 * std::max(1.0, std::abs(whole));
+            const bool isWhole = std::abs(*real - whole) <= 1e-9 * std::abs(whole);
             key += isWhole ? fmt::format("{:.0f}", whole + 0.0) : fmt::format("{:.6g}", *real);
         } else {
             key += FormatCell(cell);

@@ -79,7 +79,9 @@ private:
         m_oracle.Run(fmt::format("create table {} as {}", name, query.sql));
         const uint64_t rows = std::get<long long>(m_oracle.Run("select count(*) from " + name).rows[0][0]);
         if (rows > 5000) return;
-        m_server.GetClient().Run(fmt::format("(create table-from-query [r].[{}] {})", name, query.vql));
+        const std::string statement = fmt::format("(create table-from-query [r].[{}] {})", name, query.vql);
+        if (std::getenv("QVE_TEST_KEEP")) std::printf("%s\n", statement.c_str());
+        m_server.GetClient().Run(statement);
         sources.push_back({name, query.columns, rows});
     }
 
@@ -89,8 +91,12 @@ private:
         try {
             expected = m_oracle.Run(query.sql).rows;
         } catch (const std::runtime_error& error) {
-            if (std::string(error.what()).find("interrupted") != std::string::npos) return std::nullopt;
-            return std::string(error.what());
+            // It may take too long, and does not take every outer join below a union.
+            const std::string text = error.what();
+            if (text.find("interrupted") != text.npos || text.find("tables to its right") != text.npos) {
+                return std::nullopt;
+            }
+            return text;
         }
         try {
             return Differences(m_server.Query(query.RestrictedVql()), expected, !query.ordered);
