@@ -32,12 +32,9 @@ bool IsNullLiteral(const Exp& exp) {
 // Whether computing the node for a row that does not need it costs less than to leave the row out. What is computed
 // for too many rows must depend on nothing but their values, and must not read texts.
 bool IsCheap(const Exp& exp) {
-    static constexpr std::wstring_view cheap[] = {L"plus", L"minus", L"times", L"divide", L"negate", L"eq",       L"ne",
-                                                  L"lt",   L"le",    L"gt",    L"ge",     L"isnull", L"isnotnull"};
     if (exp.IsConstant() || dynamic_cast<const ColumnExp*>(&exp)) return true;
     const auto* call = dynamic_cast<const PrimitiveExp*>(&exp);
-    return call && call->GetClass() == primitive::klassMap && !call->ReadsDictionary() &&
-           std::find(std::begin(cheap), std::end(cheap), call->GetOperation()) != std::end(cheap) &&
+    return call && call->GetClass() == primitive::klassMap && call->IsCheap() && !call->ReadsDictionary() &&
            std::all_of(call->GetArguments().begin(), call->GetArguments().end(),
                        [](const RefCntPtr<Exp>& argument) { return IsCheap(*argument); });
 }

@@ -1,6 +1,7 @@
 #include "algebra/PrimitiveExp.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "algebra/DictionaryConstantExp.h"
 #include "algebra/ExpVisitor.h"
@@ -14,6 +15,15 @@
 #include "types/usrtype.h"
 
 namespace qve {
+
+namespace {
+
+// A run must have so many rows on average, and after so many pages with shorter ones they are not looked for any more.
+constexpr unsigned meanRun = 16;
+constexpr unsigned fruitlessPages = 8;
+constexpr unsigned headRoom = 32;
+
+}  // namespace
 
 PrimitiveExp::PrimitiveExp(const std::wstring& name, std::wstring klass, std::wstring op, Arguments arguments,
                            bool tokens)
@@ -35,6 +45,12 @@ RefCntPtr<Column> PrimitiveExp::AllocateColumn(const Namespace* input) {
     MakePrimitiveColumn();
     m_bound = true;
     return m_column;
+}
+
+bool PrimitiveExp::IsCheap() const {
+    static constexpr std::wstring_view cheap[] = {L"plus", L"minus", L"times", L"divide", L"negate", L"eq",       L"ne",
+                                                  L"lt",   L"le",    L"gt",    L"ge",     L"isnull", L"isnotnull"};
+    return std::find(std::begin(cheap), std::end(cheap), m_op) != std::end(cheap);
 }
 
 bool PrimitiveExp::ReadsDictionary() const {
@@ -117,6 +133,36 @@ void PrimitiveExp::MakeMemo(const primitive::argument_list& types) {
     if (m_memoArgument && m_klass == primitive::klassSelect) m_memo = std::make_unique<TokenMemo>(1);
 }
 
+void PrimitiveExp::FindRunArgument() {
+    if (m_single || m_memo || IsCheap() || !IsFunctionOfValues() || m_klass != primitive::klassMap) return;
+    const unsigned width = m_column->GetTokenSize();
+    if (width > sizeof(uint64_t) || !std::has_single_bit(width)) return;
+    for (const RefCntPtr<Exp>& operand : m_operands) {
+        if (operand->IsConstant()) continue;
+        const Column& column = *operand->GetColumn();
+        const bool plain = !column.IsCompressed() && operand->GetPrimitiveStorage() == Column::storageCol &&
+                           column.GetType()->fixed() && column.GetTokenSize() <= sizeof(uint64_t);
+        if (m_runArgument || !plain) {
+            m_runArgument = nullptr;
+            return;
+        }
+        m_runArgument = operand;
+    }
+}
+
+std::span<const unsigned> PrimitiveExp::FindRuns(unsigned extent) {
+    const unsigned most = extent / meanRun;
+    m_runHeads.resize(std::max<size_t>(m_runHeads.size(), most + headRoom));
+    const input_column cells = m_runArgument->GetResult();
+    const unsigned runs = run_heads(extent, cells.data, static_cast<unsigned>(cells.width), m_runHeads.data(), most);
+    if (runs > most) {
+        if (++m_pagesWithoutRuns == fruitlessPages) m_runArgument = nullptr;
+        return {};
+    }
+    m_pagesWithoutRuns = 0;
+    return {m_runHeads.data(), runs};
+}
+
 void PrimitiveExp::MakePrimitiveColumn() {
     if (m_column->GetCount() > 0) {
         throw QVE_InvalidArgument(status::PrimitiveExp_MakePrimitiveColumn, "PrimitiveExp::MakePrimitiveColumn");
@@ -157,6 +203,7 @@ void PrimitiveExp::MakePrimitiveColumn() {
     }
     m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>(), dictionary);
     if (m_memoArgument) m_memo = std::make_unique<TokenMemo>(m_column->GetTokenSize());
+    FindRunArgument();
 }
 
 void PrimitiveExp::EvaluateOperands(unsigned count, unsigned extent, const unsigned* sel, const Namespace* input) {

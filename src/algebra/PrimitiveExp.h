@@ -9,6 +9,7 @@
 #include "algebra/TokenMemo.h"
 #include "primitives/column_kernels.h"
 #include "primitives/primitive_func.h"
+#include "primitives/run_heads.h"
 
 namespace qve {
 
@@ -21,7 +22,8 @@ class DictionaryConstantExp;
 /// with a dictionary column is looked up in the dictionary once.
 ///
 /// A kernel that must see the values of one dictionary column, all other arguments being constant, is called once for
-/// each distinct value that occurs; see TokenMemo.
+/// each distinct value that occurs; see TokenMemo. One that costs more than to compare two cells, and has one plain
+/// argument beside constants, is called once for each run of equal cells, while the runs of a page are long.
 class PrimitiveExp : public Exp {
 public:
     /// `klass` is one of the families of `primitive`; `tokens` permits evaluation by token.
@@ -38,6 +40,8 @@ public:
     const std::wstring& GetClass() const { return m_klass; }
     const std::wstring& GetOperation() const { return m_op; }
     bool AllowsTokens() const { return m_tokens; }
+    /// Whether the operation takes no longer than to read its arguments.
+    bool IsCheap() const;
     /// Whether the kernel, which is chosen, looks up tokens in a dictionary.
     bool ReadsDictionary() const;
 
@@ -84,11 +88,17 @@ private:
     void BindConstantToDictionary(usrpropkey key);
     bool ShareOneDictionary() const;
     void MakeMemo(const primitive::argument_list& types);
+    void FindRunArgument();
+    /// The rows of the page at which runs of the argument begin; none when they are too short.
+    std::span<const unsigned> FindRuns(unsigned extent);
 
     RefCntPtr<DictionaryConstantExp> m_tokenConstant;
     RefCntPtr<Exp> m_sharedDictionary;  // the argument whose dictionary the result refers to
     RefCntPtr<Exp> m_memoArgument;
     std::unique_ptr<TokenMemo> m_memo;
+    RefCntPtr<Exp> m_runArgument;
+    std::vector<unsigned> m_runHeads;
+    unsigned m_pagesWithoutRuns = 0;
     std::vector<unsigned char> m_bits;
     bool m_byToken = false;
     bool m_bound = false;
@@ -101,6 +111,14 @@ void PrimitiveExp::RunMap(unsigned count, unsigned extent, const unsigned* sel, 
         return;
     }
     const output_column out = ReserveOutput(extent);
+    if (m_runArgument && !sel) {
+        if (const std::span<const unsigned> heads = FindRuns(extent); !heads.empty()) {
+            call(static_cast<unsigned>(heads.size()), out, heads.data());
+            spread_heads(extent, out.data, static_cast<unsigned>(out.width), static_cast<unsigned>(heads.size()),
+                         heads.data());
+            return;
+        }
+    }
     if (!m_memo || !m_memo->Begin(*m_memoArgument->GetColumn())) {
         call(count, out, sel);
         return;

@@ -46,9 +46,14 @@ SortKeys::Key SortKeys::LoadKey(const Namespace::SortSpec& spec) const {
     if (spec.descending) {
         for (uint64_t& word : key.words) word = ~word;
     }
-    const auto [low, high] = std::minmax_element(key.words.begin(), key.words.end());
-    key.low = *low;
-    key.bits = static_cast<unsigned>(std::bit_width(*high - *low));
+    uint64_t low = key.words.front();
+    uint64_t high = low;
+    for (const uint64_t word : key.words) {
+        low = std::min(low, word);
+        high = std::max(high, word);
+    }
+    key.low = low;
+    key.bits = static_cast<unsigned>(std::bit_width(high - low));
     return key;
 }
 

@@ -16,7 +16,9 @@
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
+#include "telemetry/LogEntry.h"
 #include "telemetry/LogScopeTime.h"
+#include "vql/syntax/VQLEvaluatorSettings.h"
 
 namespace qve {
 
@@ -73,7 +75,11 @@ bool TableSorter::Sort(uint64_t limit) {
     if (RadixSort()) return true;
 
     const LogScopeTime time("TableSorter::Sort", 1.0, rows);
-    SortKeys keys(*m_table, m_specs, m_progress.get());
+    const std::vector<Namespace::SortSpec> specs = m_count < rows ? m_specs : GetDecidingSpecs();
+    if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) {
+        LogEntry() << "SORT by " << specs.size() << " of " << m_specs.size() << " keys, radix";
+    }
+    SortKeys keys(*m_table, specs, m_progress.get());
     m_permutation.resize(rows);
     if (!keys.HasChunk(0)) {
         // All rows are equal.
@@ -113,11 +119,38 @@ void TableSorter::SortRows(SortKeys& keys, uint64_t first, uint64_t last, unsign
     keys.FillChunk(chunk, m_permutation.data() + first, last - first, m_items.data() + first);
     radix_sort(last - first, m_items.data() + first, m_scratch.data() + first, m_progress.get());
     for (uint64_t i = first; i < last; ++i) m_permutation[i] = static_cast<unsigned>(m_items[i]);
+    if (!keys.HasChunk(chunk + 1)) return;
+    SortRuns(keys, first, last, chunk);
+}
+
+// Sorts the runs of rows, at the places `first` to `last`, that are equal up to the chunk, which m_items holds. The
+// next chunk of short runs is fetched for all of them together, so that their rows are not waited for one by one.
+void TableSorter::SortRuns(SortKeys& keys, uint64_t first, uint64_t last, unsigned chunk) {
+    const auto value = [this](uint64_t place) { return m_items[place] >> SortKeys::chunkBits; };
+    uint64_t* const next = m_scratch.data();
+    keys.FillChunk(chunk + 1, m_permutation.data() + first, last - first, next + first);
+    const bool more = keys.HasChunk(chunk + 2);
+    uint64_t checked = first;
     for (uint64_t begin = first; begin < last;) {
-        const uint64_t value = m_items[begin] >> SortKeys::chunkBits;
+        if (begin - checked > blockRows) {
+            CheckCancelled();
+            checked = begin;
+        }
         uint64_t end = begin + 1;
-        while (end < last && m_items[end] >> SortKeys::chunkBits == value) ++end;
-        SortRows(keys, begin, end, chunk + 1);
+        while (end < last && value(end) == value(begin)) ++end;
+        if (end - begin > fewRows) {
+            SortRows(keys, begin, end, chunk + 1);
+        } else if (end - begin > 1 && begin < m_count) {
+            // An item holds its row too: rows that are equal stay in their order.
+            std::sort(next + begin, next + end);
+            for (uint64_t i = begin; i < end; ++i) m_permutation[i] = static_cast<unsigned>(next[i]);
+            for (uint64_t from = begin; more && from < end;) {
+                uint64_t to = from + 1;
+                while (to < end && next[to] >> SortKeys::chunkBits == next[from] >> SortKeys::chunkBits) ++to;
+                SortFew(keys, from, to);
+                from = to;
+            }
+        }
         begin = end;
     }
 }
@@ -150,6 +183,23 @@ bool TableSorter::IsSorted() const {
         }
     }
     return true;
+}
+
+// The specs without those that change nothing: rows that are equal in what comes before keep their order, so a column
+// that ascends or descends with the rows as its spec wants it is sorted by itself; and behind one without equal values,
+// no further one counts.
+std::vector<Namespace::SortSpec> TableSorter::GetDecidingSpecs() const {
+    for (size_t i = 0; i < m_specs.size(); ++i) {
+        const RefCntPtr<Column> column = m_table->DescribeColumn(m_specs[i].name);
+        if (!column->HasProperty(usrpropkey::not_null)) continue;
+        const bool unique = column->HasProperty(usrpropkey::unique);
+        const bool inOrder =
+            i > 0 && column->GetProperties().text(usrpropkey::ordered) == SenseName(m_specs[i].descending);
+        if (inOrder && (unique || i + 1 == m_specs.size()))
+            return {m_specs.begin(), m_specs.begin() + static_cast<ptrdiff_t>(i)};
+        if (unique) return {m_specs.begin(), m_specs.begin() + static_cast<ptrdiff_t>(i) + 1};
+    }
+    return m_specs;
 }
 
 bool TableSorter::IsRadixSortable() const {

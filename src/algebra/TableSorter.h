@@ -53,9 +53,11 @@ public:
 
 private:
     bool IsSorted() const;
+    std::vector<Namespace::SortSpec> GetDecidingSpecs() const;
     bool IsRadixSortable() const;
     bool RadixSort();
     void SortRows(SortKeys& keys, uint64_t first, uint64_t last, unsigned chunk);
+    void SortRuns(SortKeys& keys, uint64_t first, uint64_t last, unsigned chunk);
     void SortFew(SortKeys& keys, uint64_t first, uint64_t last);
     void CopyColumn(Column& source, Column& target) const;
     void CheckCancelled() const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "primitives/add_by_group.h"
 #include "primitives/capacity.h"
 #include "primitives/groups.h"
 #include "primitives/kernel_table.h"
@@ -26,10 +27,14 @@ template <class Op, class R, class View>
 struct aggregate_kernel {
     using A = typename View::atom;
     static constexpr unsigned lanes = 8;
-    /// Up to this many groups each row's group gets its own accumulator in one of four copies, so that rows of one
+    /// Up to this many groups each row's group gets its own accumulator in one of several copies, so that rows of one
     /// group in a row do not wait for each other.
     static constexpr unsigned few_groups = 64;
-    static constexpr unsigned copies = 4;
+    static constexpr unsigned copies = sums_of_group;
+
+    /// Whether folding is to add one double to another.
+    static constexpr bool adds_doubles = requires { Op::adds; }
+    &&std::is_same_v<R, double>&& std::is_same_v<View, col<double>>;
 
     struct partial {
         R value = Op::template identity<R>();
@@ -114,7 +119,8 @@ struct aggregate_kernel {
     template <bool Nulls>
     static void fold_few(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel, unsigned highest) {
         R parts[copies][few_groups];
-        for (auto& copy : parts) std::fill_n(copy, highest + 1, Op::template identity<R>());
+        for (auto& copy : parts)
+            std::fill_n(copy, std::max(highest + 1, most_added_groups), Op::template identity<R>());
         // Whether a group has a value matters only where its accumulator is null; without nulls a row is a value.
         uint64_t seen = ~uint64_t{0};
         if constexpr (Op::starts_null) {
@@ -129,14 +135,20 @@ struct aggregate_kernel {
             if constexpr (Nulls && Op::starts_null) seen |= uint64_t{!is_null(x)} << group;
         };
         unsigned k = 0;
+        if constexpr (!Nulls && adds_doubles) {
+            if (!sel && highest < most_added_groups) {
+                k = add_by_group(n, parts[0], few_groups, a.data, groups, highest + 1);
+            }
+        }
         for (; k + copies <= n; k += copies) {
             for (unsigned copy = 0; copy < copies; ++copy) fold(copy, k + copy);
         }
         for (; k < n; ++k) fold(0, k);
         for (unsigned g = 0; g <= highest; ++g) {
-            const R left = Op::merge(parts[0][g], parts[1][g]);
-            const R right = Op::merge(parts[2][g], parts[3][g]);
-            out[g] = folded(out[g], Op::merge(left, right), seen >> g & 1);
+            for (unsigned half = copies / 2; half; half /= 2) {
+                for (unsigned c = 0; c < half; ++c) parts[c][g] = Op::merge(parts[c][g], parts[c + half][g]);
+            }
+            out[g] = folded(out[g], parts[0][g], seen >> g & 1);
         }
     }
 

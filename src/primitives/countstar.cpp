@@ -1,3 +1,7 @@
+#include <immintrin.h>
+
+#include <numeric>
+
 #include "primitives/aggregate_kernel.h"
 
 namespace qve {
@@ -18,6 +22,29 @@ void count_few(unsigned n, bigint* counts, unsigned const* group, unsigned const
     for (unsigned g = 0; g <= highest; ++g) counts[g] += bigint{parts[0][g]} + parts[1][g] + parts[2][g] + parts[3][g];
 }
 
+// Rows from 0 on, of at most Groups groups: each group has a register of counters, and each row is compared with all.
+template <unsigned Groups>
+[[gnu::target("avx2")]] void count_fewest(unsigned n, bigint* counts, unsigned const* group) {
+    constexpr unsigned lanes = 8;
+    __m256i parts[Groups];
+    for (__m256i& part : parts) part = _mm256_setzero_si256();
+    unsigned k = 0;
+    for (; k + lanes <= n; k += lanes) {
+        const __m256i groups = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(group + k));
+        for (unsigned g = 0; g < Groups; ++g) {
+            const __m256i mine = _mm256_cmpeq_epi32(groups, _mm256_set1_epi32(static_cast<int>(g)));
+            parts[g] = _mm256_sub_epi32(parts[g], mine);
+        }
+    }
+    for (unsigned g = 0; g < Groups; ++g) {
+        unsigned sums[lanes];
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums), parts[g]);
+        const bigint sum = std::accumulate(sums, sums + lanes, bigint{0});
+        if (sum > 0) counts[g] += sum;  // of groups beyond the last there is no counter
+    }
+    for (; k < n; ++k) ++counts[group[k]];
+}
+
 template <class Group>
 struct countstar_kernel {
     static unsigned run(unsigned n, output_column out, input_column groups, unsigned const* sel) {
@@ -31,7 +58,12 @@ struct countstar_kernel {
         } else {
             const unsigned highest = highest_group(n, group, sel);
             rows_that_fit(n, highest < out.limit);
-            if (highest < few_groups && n >= few_groups) {
+            const bool wide = !sel && current_vector_level() >= vector_level::avx2;
+            if (wide && highest < 4) {
+                count_fewest<4>(n, counts, group);
+            } else if (wide && highest < 8) {
+                count_fewest<8>(n, counts, group);
+            } else if (highest < few_groups && n >= few_groups) {
                 count_few(n, counts, group, sel, highest);
             } else {
                 for (unsigned k = 0; k < n; ++k) ++counts[group[sel ? sel[k] : k]];

@@ -6,6 +6,7 @@ namespace qve {
 
 /// Adding up. Integers wrap. The sum that starts from null stays null in a group without values.
 struct adding {
+    static constexpr bool adds = true;
     template <class P>
     static constexpr P identity() {
         return P(0);

@@ -59,6 +59,31 @@ RefCntPtr<LeafTable> SampleTable(const std::vector<std::wstring>& types, unsigne
     return TableOf(columns);
 }
 
+// A key that ascends with the rows is not sorted by where it comes last, or has no equal values; one of the other sense
+// is.
+TEST(Order, AKeyInTheOrderOfTheRowsCostsNothingAndChangesNothing) {
+    std::mt19937 random(seed);
+    for (const unsigned distinct : {3u, 400u}) {
+        for (const bool unique : {false, true}) {
+            const auto table = SampleTable({L"double", L"tiny"}, 5000, {.distinct = distinct, .nulls = 0.1}, random);
+            const RefCntPtr<Column> row = table->GetColumn(L"row");
+            row->SetProperty(usrpropkey::ordered, L"asc");
+            row->SetProperty(usrpropkey::not_null, L"true");
+            if (unique) row->SetProperty(usrpropkey::unique, L"true");
+            table->Build(1);
+            for (const bool descending : {false, true}) {
+                for (const Specs& specs : {Specs{{L"k0", descending}, {L"row", false}},
+                                           Specs{{L"k0", false}, {L"row", descending}, {L"k1", false}},
+                                           Specs{{L"k1", true}, {L"k0", false}, {L"row", descending}}}) {
+                    Order ordered(table, specs);
+                    ordered.Build(1024);
+                    CheckOrdered(*table, ordered, specs);
+                }
+            }
+        }
+    }
+}
+
 TEST(Order, EveryTypeSortsBothWays) {
     std::mt19937 random(seed);
     for (const std::wstring& type : SampleTypes()) {

@@ -32,6 +32,26 @@ RefCntPtr<Exp> Plus(const std::wstring& name, RefCntPtr<Exp> left, RefCntPtr<Exp
     return MakeRef<MapBinaryExp>(name, L"plus", std::move(left), std::move(right));
 }
 
+// A function is computed once for each run of equal values, as long as runs are long: first they are, then not.
+TEST(ProjectTest, RunsOfValuesGiveTheSameAsRows) {
+    std::vector<std::string> days;
+    for (unsigned row = 0; row < 6000; ++row) {
+        constexpr unsigned newYear = 2460310;  // of 2024
+        const unsigned day = newYear + (row < 3000 ? row / 100 : row * 7 % 400);
+        days.push_back(row % 500 == 0 ? "NULL" : std::to_string(day));
+    }
+    const auto table = TableOf({ColumnOf(L"date", L"d", days)});
+    const auto days_of = [&](unsigned pageSize) {
+        const auto exp = [](const wchar_t* op) { return MakeRef<MapUnaryExp>(op, op, MakeRef<ColumnExp>(L"d")); };
+        Project flow(MakeRef<Scan>(table), {exp(L"day"), exp(L"month"), exp(L"truncmonth")});
+        return Drain(flow, {L"day", L"month", L"truncmonth"}, pageSize);
+    };
+    const auto expected = days_of(1);
+    ASSERT_EQ(expected[0][0], "NULL");
+    ASSERT_EQ(expected[150], (std::vector<std::string>{"2", "1", "2024-01-01"}));
+    for (const unsigned pageSize : {7u, 64u, 1024u}) EXPECT_EQ(days_of(pageSize), expected);
+}
+
 TEST(ProjectTest, ComputesTheSelectedRows) {
     for (const unsigned pageSize : {1u, 7u, 1024u}) {
         const auto low =
