@@ -116,7 +116,10 @@ RefCntPtr<Exp> Appender::Widen(const std::wstring& name, const Column& column, c
 
 bool Appender::SharesDictionary() const {
     const Column& first = *m_sources[0].exp->GetColumn();
-    if (first.GetType() != m_description->GetType()) return false;
+    // Consumers may have been bound to the tokens as they were described.
+    if (first.GetType() != m_description->GetType() || first.GetTokenSize() != m_description->GetTokenSize()) {
+        return false;
+    }
     return std::all_of(m_sources.begin(), m_sources.end(), [&](const Source& source) {
         const Column& column = *source.exp->GetColumn();
         return column.GetType() == first.GetType() && SameDictionary(column, first) && !column.GetDict()->CanExtend();
