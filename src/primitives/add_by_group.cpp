@@ -37,8 +37,7 @@ template <unsigned Groups>
 
 unsigned add_by_group(unsigned n, double* parts, unsigned stride, const double* values, const unsigned* groups,
                       unsigned count) {
-    static const bool available = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl");
-    if (!available || current_vector_level() < vector_level::avx2) return 0;
+    if (current_vector_level() < vector_level::avx512) return 0;
     if (count <= 4) return add_wide<4>(n, parts, stride, values, groups);
     if (count <= most_added_groups) return add_wide<most_added_groups>(n, parts, stride, values, groups);
     return 0;
