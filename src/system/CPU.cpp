@@ -2,27 +2,37 @@
 
 #include <cpuid.h>
 
+#include <array>
 #include <cstdlib>
 #include <string_view>
 
 namespace qve {
 namespace {
 
-bool has_bits(unsigned leaf, unsigned reg, unsigned mask) {
-    unsigned registers[4] = {};
-    if (!CPU::IsVectFeatureEnabled() || reg > 3) return false;
-    if (!__get_cpuid_count(leaf, 0, &registers[0], &registers[1], &registers[2], &registers[3])) return false;
-    return (registers[reg] & mask) == mask;
+using Registers = std::array<unsigned, 4>;
+
+/// EAX, EBX, ECX and EDX of a leaf; zeros when the processor has none such.
+Registers read_leaf(unsigned leaf) {
+    Registers registers{};
+    if (!__get_cpuid_count(leaf, 0, &registers[0], &registers[1], &registers[2], &registers[3])) return {};
+    return registers;
+}
+
+bool has_bits(const Registers& registers, unsigned reg, unsigned mask) {
+    return CPU::IsVectFeatureEnabled() && reg < registers.size() && (registers[reg] & mask) == mask;
 }
 
 }  // namespace
 
 bool CPU::CheckInfo(unsigned reg, unsigned mask) {
-    return has_bits(1, reg, mask);
+    // Asked once: on a virtual machine each question is a trip to the host.
+    static const Registers leaf = read_leaf(1);
+    return has_bits(leaf, reg, mask);
 }
 
 bool CPU::CheckExtended(unsigned reg, unsigned mask) {
-    return has_bits(7, reg, mask);
+    static const Registers leaf = read_leaf(7);
+    return has_bits(leaf, reg, mask);
 }
 
 bool CPU::IsVectFeatureEnabled() {
