@@ -31,8 +31,9 @@ TEST(CutFile, IsAnErrorOfTheStatement) {
         client.Run(
             "(create column [s].[t].[x] ((type \"double\") (not-null \"true\") (count \"300000\")"
             " (generated-by \"random\") (min-value \"0\") (max-value \"1\")))");
-        client.Run("(create column [s].[t].[y] ((type \"double\") (not-null \"true\") (generated-by \"random\")"
-                   " (min-value \"0\") (max-value \"1\")))");
+        client.Run(
+            "(create column [s].[t].[y] ((type \"double\") (not-null \"true\") (generated-by \"random\")"
+            " (min-value \"0\") (max-value \"1\")))");
         const std::string sum = "(aggregate (table [s].[t]) () (([n] (count [x])) ([s] (sum [x]))))";
         const std::string expected = FormatCell(client.Run(sum).rows[0][1]);
 

@@ -84,9 +84,7 @@ protected:
         fs::copy(m_path / "pristine", m_path / "db", fs::copy_options::recursive);
         Connect();
     }
-    void Connect() {
-        m_client->Run("(connect \"" + (m_path / "db").string() + "\")");
-    }
+    void Connect() { m_client->Run("(connect \"" + (m_path / "db").string() + "\")"); }
     static size_t CountFiles(const fs::path& path) {
         return static_cast<size_t>(
             std::count_if(fs::recursive_directory_iterator(path), fs::recursive_directory_iterator(),
@@ -142,9 +140,7 @@ protected:
         EXPECT_NE(m_after.tables, m_before.tables);
         return calls;
     }
-    std::string Where(int64_t at) const {
-        return "call " + std::to_string(at) + ", " + m_control->name;
-    }
+    std::string Where(int64_t at) const { return "call " + std::to_string(at) + ", " + m_control->name; }
 
     const fs::path m_path;
     std::string m_statement;
