@@ -162,8 +162,10 @@ void Appender::Evaluate(size_t index, unsigned count, unsigned extent, const uns
     if (from.GetStorageName() == Column::storageVal || (!cells && !source.translator)) {
         CopyValues(count, selection, from, in, out);
     } else if (cells) {
-        // The rows between those that are selected are copied along: it costs less than to leave them out.
-        std::memcpy(out.data, in.data, extent * out.width);
+        // The rows between those that are selected are copied along: it costs less than to leave them out. Where none
+        // is selected, the source may have no cells.
+        const unsigned end = count == 0 ? 0 : selection ? selection[count - 1] + 1 : count;
+        std::memcpy(out.data, in.data, end * out.width);
     } else {
         source.translator->Translate(count, selection, from, in, *m_target, out);
     }

@@ -29,6 +29,9 @@ bool refuses_allocation() {
     if (!memory) throw std::bad_alloc();
     return memory;
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return refuses_allocation() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
