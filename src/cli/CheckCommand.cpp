@@ -9,6 +9,7 @@
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
 #include "cli/TextRows.h"
+#include "cli/open_session.h"
 #include "cli/report_failure.h"
 #include "cli/vql_text.h"
 
@@ -57,13 +58,8 @@ CheckCommand CheckCommand::Parse(std::vector<std::string> arguments) {
 
 int CheckCommand::Run() {
     Interrupt interrupt;
-    std::unique_ptr<Session> session;
-    try {
-        session = std::make_unique<Session>(m_server, interrupt);
-    } catch (const Failure& failure) {
-        ReportFailure(failure, {});
-        return s_noServer;
-    }
+    const std::unique_ptr<Session> session = OpenSession(m_server, interrupt);
+    if (!session) return s_noServer;
     std::string statement = "(check database " + QuoteText(m_database);
     if (m_temp) statement += " temp";
     if (!m_salvage.empty()) statement += " salvage " + QuoteText(m_salvage);

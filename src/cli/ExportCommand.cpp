@@ -10,6 +10,7 @@
 #include "cli/Interrupt.h"
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
+#include "cli/open_session.h"
 #include "cli/refuse_argument.h"
 #include "cli/report_failure.h"
 #include "cli/vql_text.h"
@@ -119,13 +120,8 @@ ExportCommand ExportCommand::Parse(std::vector<std::string> arguments) {
 
 int ExportCommand::Run() {
     Interrupt interrupt;
-    std::unique_ptr<Session> session;
-    try {
-        session = std::make_unique<Session>(m_server, interrupt);
-    } catch (const Failure& failure) {
-        ReportFailure(failure, {});
-        return s_noServer;
-    }
+    const std::unique_ptr<Session> session = OpenSession(m_server, interrupt);
+    if (!session) return s_noServer;
     try {
         session->Run("(connect " + QuoteText(m_database) + ")");
         Export(*session);

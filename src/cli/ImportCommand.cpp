@@ -11,6 +11,7 @@
 
 #include "cli/ProgressBar.h"
 #include "cli/TextRows.h"
+#include "cli/open_session.h"
 #include "cli/refuse_argument.h"
 #include "cli/report_failure.h"
 
@@ -71,13 +72,8 @@ ImportCommand ImportCommand::Parse(std::vector<std::string> arguments) {
 
 int ImportCommand::Run() {
     Interrupt interrupt;
-    std::unique_ptr<Session> session;
-    try {
-        session = std::make_unique<Session>(m_server, interrupt);
-    } catch (const Failure& failure) {
-        ReportFailure(failure, {});
-        return s_noServer;
-    }
+    const std::unique_ptr<Session> session = OpenSession(m_server, interrupt);
+    if (!session) return s_noServer;
     Made made;
     try {
         Prepare(*session, made);

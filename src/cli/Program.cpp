@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "cli/Prompt.h"
+#include "cli/open_session.h"
 #include "cli/report_failure.h"
 
 namespace qve::cli {
@@ -29,12 +30,8 @@ std::string Trimmed(const std::string& text) {
 }  // namespace
 
 int Program::Run() {
-    try {
-        m_session = std::make_unique<Session>(m_commandLine.server, m_interrupt);
-    } catch (const Failure& failure) {
-        ReportFailure(failure, {});
-        return s_noServer;
-    }
+    m_session = OpenSession(m_commandLine.server, m_interrupt);
+    if (!m_session) return s_noServer;
     RunInputs();
     std::cout.flush();
     if (!std::cout && m_exitStatus == 0) m_exitStatus = s_statementFailed;

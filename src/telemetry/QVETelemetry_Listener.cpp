@@ -71,7 +71,7 @@ QVETelemetry::Listener::~Listener() {
 
 void QVETelemetry::Listener::OpenOutput() {
     const std::lock_guard lock(m_mutex);
-    OpenOutputFile();
+    OpenOutputFile(m_configuration);
 }
 
 void QVETelemetry::Listener::Start(Metrics::Context context) {
@@ -93,13 +93,17 @@ void QVETelemetry::Listener::Close() {
 void QVETelemetry::Listener::Reconfigure(std::string_view text) {
     try {
         Configuration configuration = Configuration::evaluate(text);
-        Metrics::MetricsManager::GetInstance().SetBits(configuration.set & ~configuration.clear);
-        Metrics::MetricsManager::GetInstance().ClearBits(configuration.clear);
+        const std::uint64_t set = configuration.set & ~configuration.clear;
+        const std::uint64_t clear = configuration.clear;
         if (configuration.etwmarkers) LogEntry() << "Warning: ETW markers are emitted on the background thread.";
-        const std::lock_guard lock(m_mutex);
-        if (configuration.out.empty()) configuration.out = m_configuration.out;
-        m_configuration = std::move(configuration);
-        OpenOutputFile();
+        {
+            const std::lock_guard lock(m_mutex);
+            if (configuration.out.empty()) configuration.out = m_configuration.out;
+            OpenOutputFile(configuration);
+            m_configuration = std::move(configuration);
+        }
+        Metrics::MetricsManager::GetInstance().SetBits(set);
+        Metrics::MetricsManager::GetInstance().ClearBits(clear);
     } catch (const std::exception& exception) {
         LogEntry() << "Metrics reconfiguration failed: " << exception.what();
     }
@@ -232,10 +236,10 @@ bool QVETelemetry::Listener::IsWanted(const ContextInfo& context) const {
     return m_tracedSessions.empty() || m_tracedSessions.contains(context.session);
 }
 
-void QVETelemetry::Listener::OpenOutputFile() {
+void QVETelemetry::Listener::OpenOutputFile(const Configuration& configuration) {
     m_rotationTimer = Timer(true);
-    if (m_configuration.out.empty()) return;
-    std::string name = FormatFilename(m_configuration.emitutc).format(m_configuration.out);
+    if (configuration.out.empty()) return;
+    std::string name = FormatFilename(configuration.emitutc).format(configuration.out);
     if (m_output.is_open() && name == m_outputName) return;
     std::ofstream output(name, std::ios::app);
     if (!output) throw std::runtime_error("telemetry cannot write to \"" + name + "\"");
@@ -255,7 +259,7 @@ void QVETelemetry::Listener::WriteHeader() {
 
 void QVETelemetry::Listener::Rotation() {
     if (m_rotationTimer.ElapsedSec() < m_configuration.rotationinterval) return;
-    OpenOutputFile();
+    OpenOutputFile(m_configuration);
 }
 
 void QVETelemetry::Listener::OutputScope(const ContextInfo& context, std::uint64_t contextId, const ScopeInfo& scope,

@@ -78,7 +78,7 @@ private:
     std::string GetQueryBand(std::uint64_t session) const;
     bool IsWanted(const ContextInfo& context) const;
 
-    void OpenOutputFile();
+    void OpenOutputFile(const Configuration& configuration);
     void WriteHeader();
     void Rotation();
     void OutputScope(const ContextInfo& context, std::uint64_t contextId, const ScopeInfo& scope, const char* type,

@@ -155,6 +155,8 @@ TEST_F(TelemetryTest, IsReconfiguredWhileItRuns) {
     };
     { const Scope before("Before"); }
     reconfigure("--metrics.set frob --metrics.out /nowhere");
+    reconfigure("--metrics.set files --metrics.out /nowhere/telemetry.txt");
+    EXPECT_FALSE(Metrics::IsEnabled(Metrics::Bits::Files));
     { const Scope still("Still"); }
     reconfigure("--emitopenscope on --metrics.set files --metrics.out \"" + other + "\"");
     { const Scope file("File", Metrics::Bits::Files); }
