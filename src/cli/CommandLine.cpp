@@ -1,6 +1,8 @@
 #include "cli/CommandLine.h"
 
 #include <tclap/CmdLine.h>
+
+#include <filesystem>
 #include <map>
 
 namespace qve::cli {
@@ -54,6 +56,7 @@ CommandLine CommandLine::Parse(int argc, char** argv) {
                                           "statements", line);
     TCLAP::MultiArg<std::string> files("f", "file", "Run the statements of a file, \"-\" for standard input", false,
                                        "path", line);
+    Value database("d", "database", "Connect to this database first: a folder or a package", false, "", "path", line);
     const ServerArguments server(line);
     std::vector<std::string> names;
     for (const auto& [name, format] : s_formats) names.push_back(name);
@@ -67,6 +70,7 @@ CommandLine CommandLine::Parse(int argc, char** argv) {
 
     CommandLine result;
     result.inputs = InputsInOrder(argc, argv, commands.getValue(), files.getValue());
+    if (database.isSet()) result.database = std::filesystem::absolute(database.getValue()).lexically_normal();
     result.server = server.Get();
     result.format = s_formats.at(format.getValue());
     result.analyze = analyze.getValue();

@@ -17,6 +17,7 @@ struct CommandLine {
         std::string text;  ///< the statements, or the path
     };
     std::vector<Input> inputs;  ///< none: standard input
+    std::string database;       ///< absolute path of one to connect to first; empty for none
     ServerChoice server;
     Format format = Format::table;
     bool plan = false;     ///< show the plans of queries and do not run them

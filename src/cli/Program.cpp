@@ -10,6 +10,7 @@
 #include "cli/Prompt.h"
 #include "cli/open_session.h"
 #include "cli/report_failure.h"
+#include "cli/vql_text.h"
 
 namespace qve::cli {
 namespace {
@@ -32,10 +33,22 @@ std::string Trimmed(const std::string& text) {
 int Program::Run() {
     m_session = OpenSession(m_commandLine.server, m_interrupt);
     if (!m_session) return s_noServer;
+    if (!Connect()) return s_statementFailed;
     RunInputs();
     std::cout.flush();
     if (!std::cout && m_exitStatus == 0) m_exitStatus = s_statementFailed;
     return m_exitStatus;
+}
+
+bool Program::Connect() {
+    if (m_commandLine.database.empty()) return true;
+    try {
+        m_session->Run("(connect " + QuoteText(m_commandLine.database) + ")");
+        return true;
+    } catch (const Failure& failure) {
+        ReportFailure({failure.GetStatus(), failure.what() + (" (" + m_commandLine.database + ")")}, {});
+        return false;
+    }
 }
 
 bool Program::RunInputs() {

@@ -19,6 +19,8 @@ public:
     int Run();
 
 private:
+    /// Goes to the database that the command line names, if it does; false when that fails.
+    bool Connect();
     /// False: no further statement is to run.
     bool RunInputs();
     bool RunStream(std::istream& stream);

@@ -102,8 +102,7 @@ TEST_F(QveProgram, ImportsCompressedTextOrNothing) {
     EXPECT_NE(cut.output.find("error 40569"), std::string::npos) << cut.output;
     EXPECT_FALSE(std::filesystem::exists(m_path / "cut"));
     EXPECT_EQ(In("QVE import a.csv.gz --into db --table other.sale").status, 1);
-    EXPECT_EQ(In("QVE -c '(connect \"'$PWD'/db\")' -c '(show schemas)' --format csv").output,
-              "SCHEMAS_NAME\nSYS\nmain\nTEMP\n");
+    EXPECT_EQ(In("QVE -d db -c '(show schemas)' --format csv").output, "SCHEMAS_NAME\nSYS\nmain\nTEMP\n");
 }
 
 TEST_F(QveProgram, ImportsSeveralFilesIntoOneTable) {
@@ -146,6 +145,9 @@ TEST_F(QveProgram, SaysWhatIsWrongWithTheCommandLine) {
     EXPECT_EQ(In("QVE export --from db").status, 1);
     EXPECT_EQ(In("QVE import a.csv --into db").status, 1);
     EXPECT_FALSE(std::filesystem::exists(m_path / "db"));
+    const Outcome database = In("QVE -d none -c '(show collations)'");
+    EXPECT_EQ(database.status, 1);
+    EXPECT_NE(database.output.find("/none"), std::string::npos) << database.output;
     const Outcome server = In("QVE import a.csv --into db --table t --server /no/such/server");
     EXPECT_EQ(server.status, 2) << server.output;
 }
