@@ -6,6 +6,7 @@
 #include "metrics/Scope.h"
 #include "os/OS.h"
 #include "os/Path.h"
+#include "os/WorkFolder.h"
 #include "storage/SimpleDatabase.h"
 #include "system/QuillonException.h"
 #include "telemetry/LogEntry.h"
@@ -18,34 +19,6 @@ std::wstring FreeName(const std::wstring& wanted) {
     for (unsigned n = 1; Path::exists(name); ++n) name = wanted + L"." + std::to_wstring(n);
     return name;
 }
-
-void Remove(const std::wstring& path) {
-    if (Path::isdir(path)) {
-        OS::rmdir(path, true);
-    } else if (Path::exists(path)) {
-        OS::unlink(path);
-    }
-}
-
-/// A path that goes at the end, unless it was kept.
-class TempPath {
-public:
-    explicit TempPath(std::wstring path) : m_path(std::move(path)) {}
-    ~TempPath() {
-        try {
-            if (!m_path.empty()) Remove(m_path);
-        } catch (const std::exception& fault) {
-            LogEntry() << "PackageDatabase: cannot remove what is left: " << fault.what();
-        }
-    }
-    TempPath(const TempPath&) = delete;
-    TempPath& operator=(const TempPath&) = delete;
-    const std::wstring& Get() const { return m_path; }
-    void Keep() { m_path.clear(); }
-
-private:
-    std::wstring m_path;
-};
 
 /// A rename that is taken back at the end, unless it was kept.
 class AutoRename {
@@ -69,19 +42,41 @@ private:
     std::wstring m_to;
 };
 
+/// The directory in which a path lies.
+std::wstring FolderOf(const std::wstring& path) {
+    const std::wstring folder = Path::split(path).first;
+    return folder.empty() ? L"." : folder;
+}
+
+/// Where a conversion is written before it gets its place. It goes with the work folder, also when the process is
+/// killed.
+std::wstring WorkingName(const WorkFolder& work, const std::wstring& path) {
+    return Path::join(work.GetPath(), Path::split(path).second + L".pkg");
+}
+
 /// Puts the result in the place of the source; gives where the source is now.
 std::wstring Swap(const std::wstring& result, const std::wstring& source) {
+    // At every instant there is a whole database at the path.
+    if (OS::exchange(result, source)) return result;
+    // For a moment the source has this name only, so it must be one that nobody takes for a dead process's.
     std::wstring backup = FreeName(source + L".bak");
-    if (OS::exchange(result, source)) {
-        // At every instant there is a whole database at the path.
-        OS::rename(result, backup);
-    } else {
-        AutoRename aside(source, backup);
-        OS::rename(result, source);
-        aside.Keep();
-    }
-    OS::sync(Path::split(source).first);
+    AutoRename aside(source, backup);
+    OS::rename(result, source);
+    aside.Keep();
     return backup;
+}
+
+void Remove(const std::wstring& path) {
+    try {
+        if (Path::isdir(path)) {
+            OS::rmdir(path, true);
+        } else {
+            OS::unlink(path);
+        }
+    } catch (const std::exception& fault) {
+        // Whatever comes of it, the conversion is done.
+        LogEntry() << "PackageDatabase: cannot remove what is left: " << fault.what();
+    }
 }
 
 }  // namespace
@@ -106,11 +101,11 @@ RefCntPtr<Namespace> PackageDatabase::Execute(unsigned) {
             LogEntry() << "PackageDatabase: in-place " << what << " of \"" << m_database->GetRoot() << "\"";
             ConvertInPlace();
         } else {
-            TempPath working(FreeName(m_path + L".pkg"));
-            Convert(working.Get());
-            OS::rename(working.Get(), m_path);
-            working.Keep();
-            OS::sync(Path::split(m_path).first);
+            const WorkFolder work(FolderOf(m_path));
+            const std::wstring working = WorkingName(work, m_path);
+            Convert(working);
+            OS::rename(working, m_path);
+            OS::sync(FolderOf(m_path));
         }
     } catch (const std::exception& fault) {
         const int error = OS::get_errno();
@@ -142,18 +137,19 @@ void PackageDatabase::ConvertInPlace() {
                                                                    ? "in-place package only supported for directories"
                                                                    : "in-place package only supported for files");
     }
-    std::wstring backup;
+    const WorkFolder work(FolderOf(source));
+    std::wstring old;
     {
         // Until the result is in place nobody may write to what it was made of.
         const Database::Transaction transaction(*simple);
-        TempPath working(FreeName(source + L".pkg"));
-        Convert(working.Get());
-        backup = Swap(working.Get(), source);
-        working.Keep();
+        const std::wstring working = WorkingName(work, source);
+        Convert(working);
+        old = Swap(working, source);
     }
     m_database = MakeRef<SimpleDatabase>(source);
     m_reopen(m_database);
-    const TempPath old(backup);  // whatever comes of removing it, the conversion is done
+    OS::sync(FolderOf(source));
+    Remove(old);
 }
 
 }  // namespace qve

@@ -112,4 +112,12 @@ void FileLock::WriteOwner(uint64_t process) {
     WriteNumber(1, process);
 }
 
+uint64_t FileLock::ReadBoot() const {
+    return ReadNumber(2);
+}
+
+void FileLock::WriteBoot(uint64_t boot) {
+    WriteNumber(2, boot);
+}
+
 }  // namespace qve

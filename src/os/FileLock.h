@@ -7,10 +7,10 @@
 
 namespace qve {
 
-/// Advisory locks that hold between processes and between objects of one process, and two numbers that all of them see.
-/// They lie in one small file: each lock is a numbered slot of it. A lock goes with its object, also when the process
-/// is killed. Two objects exclude each other also within a thread; the calls of one object do not, so threads that
-/// share one order them themselves.
+/// Advisory locks that hold between processes and between objects of one process, and three numbers that all of them
+/// see. They lie in one small file: each lock is a numbered slot of it. A lock goes with its object, also when the
+/// process is killed. Two objects exclude each other also within a thread; the calls of one object do not, so threads
+/// that share one order them themselves.
 class FileLock {
 public:
     static constexpr unsigned slots = 16;
@@ -46,6 +46,9 @@ public:
     /// The process that last said that it owns what the locks guard; 0 in a new file. For messages only.
     uint64_t ReadOwner() const;
     void WriteOwner(uint64_t process);
+    /// The run of the machine (BootNumber) in which what the locks guard was last put in order; 0 in a new file.
+    uint64_t ReadBoot() const;
+    void WriteBoot(uint64_t boot);
 
 private:
     bool Set(unsigned slot, short kind, bool wait);

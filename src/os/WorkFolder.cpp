@@ -58,12 +58,20 @@ WorkFolder::~WorkFolder() {
     }
 }
 
+std::vector<std::wstring> WorkFolder::FindAbandoned(const std::wstring& parent, const std::wstring& prefix) {
+    std::vector<std::wstring> found;
+    for (const std::wstring& name : OS::listdir(parent)) {
+        if (!name.starts_with(prefix)) continue;
+        std::wstring path = Path::join(parent, name);
+        if (Path::isdir(path) && FolderClaim(path).IsHeld()) found.push_back(std::move(path));
+    }
+    return found;
+}
+
 void WorkFolder::RemoveAbandoned(const std::wstring& parent, const std::wstring& prefix) noexcept {
     try {
-        for (const std::wstring& name : OS::listdir(parent)) {
-            if (name.compare(0, prefix.size(), prefix) != 0) continue;
-            const std::wstring path = Path::join(parent, name);
-            if (!Path::isdir(path)) continue;
+        for (const std::wstring& path : FindAbandoned(parent, prefix)) {
+            // Claimed while it goes: its number may be another process's by now.
             const FolderClaim claim(path);
             if (claim.IsHeld()) OS::rmdir(path, true);
         }

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qve {
 
@@ -34,7 +35,10 @@ public:
 
     const std::wstring& GetPath() const { return m_path; }
 
-    /// Removes the directories in `parent` whose names begin with `prefix` and that nobody claims.
+    /// The directories in `parent` whose names begin with `prefix` and that nobody claims. Throws as OS does.
+    static std::vector<std::wstring> FindAbandoned(const std::wstring& parent,
+                                                   const std::wstring& prefix = L"qve_work_");
+    /// Removes them.
     static void RemoveAbandoned(const std::wstring& parent, const std::wstring& prefix) noexcept;
 
 private:

@@ -106,6 +106,8 @@ private:
     std::uint64_t ReadStatementGuid(QVE_InputIterator& in, const char* handler, int status) const;
     /// Keeps the rowset, which may be null, and writes the block that describes it. Gives its guid, 0 for null.
     std::uint64_t WriteRowset(RefCntPtr<Rowset> rowset, RefCntPtr<Statement> statement, Reply& out);
+    /// Executes a statement, and follows it to its database.
+    RefCntPtr<Rowset> Execute(Statement& statement);
     /// The session moves to a database, which may be null, if it is another one, and takes its schema ".SESSION" along.
     void DatabaseUpdate(const RefCntPtr<Database>& database);
     /// Gives the database the tables of this moment as its schema ".SESSION", before a statement that may read them.

@@ -30,6 +30,19 @@ private:
     Session& m_session;
 };
 
+// A database that is converted in place is another then, also when the statement fails at the end.
+RefCntPtr<Rowset> Session::Execute(Statement& statement) {
+    RefCntPtr<Rowset> rowset;
+    try {
+        rowset = statement.Execute();
+    } catch (...) {
+        DatabaseUpdate(statement.GetDatabase());
+        throw;
+    }
+    DatabaseUpdate(statement.GetDatabase());
+    return rowset;
+}
+
 void Session::QueryExecute(QVE_InputIterator& in, QVE_Message& reply) {
     const Metrics::Scope scope("Server::Session::QueryExecute");
     const RefCntPtr<Statement> statement = MakeStatement();
@@ -43,8 +56,7 @@ void Session::QueryExecute(QVE_InputIterator& in, QVE_Message& reply) {
             const Running running(*this, statement);
             statement->Prepare(text);
             DatabaseUpdate(statement->GetDatabase());
-            const RefCntPtr<Rowset> rowset = statement->Execute();
-            DatabaseUpdate(statement->GetDatabase());  // one that was converted in place is another now
+            const RefCntPtr<Rowset> rowset = Execute(*statement);
             const std::uint64_t guid = WriteRowset(rowset, statement, out);
             LogEntry() << "Session" << m_guid << ": QueryExecute: OK rowset_guid=" << guid
                        << " n_columns=" << (rowset ? rowset->GetColumnCount() : 0)
@@ -115,8 +127,7 @@ void Session::StatementExecute(QVE_InputIterator& in, QVE_Message& reply) {
             LogEntry() << "Session" << m_guid << ": StatementExecute: stmt_guid=" << guid;
             statement = GetStatement(guid);
             const Running running(*this, statement);
-            const RefCntPtr<Rowset> rowset = statement->Execute();
-            DatabaseUpdate(statement->GetDatabase());
+            const RefCntPtr<Rowset> rowset = Execute(*statement);
             WriteRowset(rowset, statement, out);
             LogEntry() << "Session" << m_guid << ": StatementExecute: OK" << ProcessRuntimeQueryStats(timers());
         },

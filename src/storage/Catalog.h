@@ -10,6 +10,7 @@ struct Catalog {
     MetadataTable schemas{Database::tableSchemas};
     MetadataTable tables{Database::tableTables};
     MetadataTable columns{Database::tableColumns};
+    bool whole = true;  ///< no row of its files had to be left out
 };
 
 }  // namespace qve

@@ -143,7 +143,8 @@ void WriteProperties(Writer& writer, const MetadataTable& metadata, const System
 /// Reads the columns of one system table. Rows that some column lacks were never complete: they are left out.
 class Reader {
 public:
-    Reader(TableSpace& space, const SystemTable& table);
+    /// Clears `whole` when rows are left out.
+    Reader(TableSpace& space, const SystemTable& table, bool& whole);
 
     std::vector<uint64_t> Numbers(const std::wstring& name) { return Cells<uint64_t>(*Open(name)); }
     std::vector<unsigned char> Flags() { return Cells<unsigned char>(*Open(Database::columnActive)); }
@@ -159,7 +160,7 @@ private:
     uint64_t m_rows = ~uint64_t{0};
 };
 
-Reader::Reader(TableSpace& space, const SystemTable& table) : m_table(table.name) {
+Reader::Reader(TableSpace& space, const SystemTable& table, bool& whole) : m_table(table.name) {
     uint64_t most = 0;
     for (const std::wstring& name : table.columns) {
         const auto path = [&](const std::wstring& extension) {
@@ -177,6 +178,7 @@ Reader::Reader(TableSpace& space, const SystemTable& table) : m_table(table.name
         m_columns.emplace(name, std::move(column));
     }
     if (most == m_rows) return;
+    whole = false;
     LogEntry() << "ReadCatalog: the columns of the catalog table \"" << m_table << "\" differ in length; of " << most
                << " rows the first " << m_rows << " are whole";
 }
@@ -224,8 +226,8 @@ std::vector<std::wstring> Reader::Texts(const std::wstring& name) {
     return texts;
 }
 
-void ReadEntries(TableSpace& space, MetadataTable& metadata, const SystemTable& table) {
-    Reader reader(space, table);
+void ReadEntries(TableSpace& space, MetadataTable& metadata, const SystemTable& table, bool& whole) {
+    Reader reader(space, table, whole);
     const auto ids = reader.Numbers(Database::columnID);
     const bool hasParent = table.columns[1] == Database::columnParent;
     const auto parents = hasParent ? reader.Numbers(Database::columnParent) : std::vector<uint64_t>();
@@ -240,8 +242,8 @@ void ReadEntries(TableSpace& space, MetadataTable& metadata, const SystemTable& 
     }
 }
 
-void ReadProperties(TableSpace& space, MetadataTable& metadata, const SystemTable& table) {
-    Reader reader(space, table);
+void ReadProperties(TableSpace& space, MetadataTable& metadata, const SystemTable& table, bool& whole) {
+    Reader reader(space, table, whole);
     const auto ids = reader.Numbers(Database::columnID);
     const auto parents = reader.Numbers(Database::columnParent);
     const auto keys = reader.Texts(Database::columnKey);
@@ -325,12 +327,12 @@ void InitialiseSystemSchema(TableSpace& space, Catalog& catalog) {
 
 Catalog ReadCatalog(TableSpace& space) {
     Catalog catalog;
-    ReadEntries(space, catalog.schemas, SystemTables()[schemas]);
-    ReadProperties(space, catalog.schemas, SystemTables()[schemaProps]);
-    ReadEntries(space, catalog.tables, SystemTables()[tables]);
-    ReadProperties(space, catalog.tables, SystemTables()[tableProps]);
-    ReadEntries(space, catalog.columns, SystemTables()[columns]);
-    ReadProperties(space, catalog.columns, SystemTables()[columnProps]);
+    ReadEntries(space, catalog.schemas, SystemTables()[schemas], catalog.whole);
+    ReadProperties(space, catalog.schemas, SystemTables()[schemaProps], catalog.whole);
+    ReadEntries(space, catalog.tables, SystemTables()[tables], catalog.whole);
+    ReadProperties(space, catalog.tables, SystemTables()[tableProps], catalog.whole);
+    ReadEntries(space, catalog.columns, SystemTables()[columns], catalog.whole);
+    ReadProperties(space, catalog.columns, SystemTables()[columnProps], catalog.whole);
     return catalog;
 }
 

@@ -1,17 +1,18 @@
 #include "storage/DatabaseCheck.h"
 
-#include <signal.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cwchar>
+#include <ctime>
+#include <cwctype>
+#include <iterator>
 #include <optional>
 #include <set>
 
 #include "os/OS.h"
 #include "os/Path.h"
+#include "os/WorkFolder.h"
 #include "storage/Package.h"
 #include "storage/PropertyFile.h"
+#include "storage/UnknownFiles.h"
 #include "storage/verify_column.h"
 #include "system/Operator.h"
 #include "system/QuillonException.h"
@@ -28,16 +29,37 @@ bool IsOwnSchema(const std::wstring& schema) {
     return schema == Database::tempSchema;
 }
 
-/// Whether a name is `stem` or `stem` and a number.
-bool IsNumbered(const std::wstring& name, const std::wstring& stem) {
-    return name.compare(0, stem.size(), stem) == 0 &&
-           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(stem.size()), name.end(),
-                       [](wchar_t c) { return c >= L'0' && c <= L'9'; });
+/// How the names of folders begin that a process has among the temporary files; each is claimed while it runs.
+const wchar_t* const s_processFolders[] = {L"qve_temp_", L"qve-tempdir-"};
+
+bool IsProcessFolder(const std::wstring& name) {
+    return std::any_of(std::begin(s_processFolders), std::end(s_processFolders),
+                       [&](const wchar_t* prefix) { return name.starts_with(prefix); });
+}
+
+/// Whether a name is that of a temporary file of a process without a folder of its own: such a file has no owner.
+bool IsLoose(const std::wstring& name) {
+    const std::wstring_view prefix = L"qve_";
+    constexpr size_t random = 6;  // characters
+    return name.starts_with(prefix) && name.size() == prefix.size() + random &&
+           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                       [](wchar_t c) { return c < 128 && std::iswalnum(static_cast<std::wint_t>(c)); });
+}
+
+bool IsOld(const std::wstring& path) {
+    constexpr int64_t day = 24 * 60 * 60;
+    try {
+        return OS::stat(path).modified + day < std::time(nullptr);
+    } catch (const QuillonException&) {
+        return false;  // gone just now
+    }
 }
 
 void Remove(const std::wstring& path) {
     if (Path::isdir(path)) {
-        OS::rmdir(path, true);
+        // Claimed while it goes: by now it may be another process's.
+        const FolderClaim claim(path);
+        if (claim.IsHeld()) OS::rmdir(path, true);
     } else {
         OS::unlink(path);
     }
@@ -160,60 +182,39 @@ void DatabaseCheck::FindLeftovers() {
     try {
         // What another writes at this moment belongs to nobody yet.
         const Database::Transaction transaction(*m_database);
-        FindUnknownFiles();
+        AddUnknownFiles();
     } catch (const QuillonException& fault) {
         Add(Kind::note, m_path, L"not looked for what is left over: " + widen(std::string_view(fault.what())));
     }
 }
 
-void DatabaseCheck::FindUnknownFiles() {
-    std::vector<std::wstring> known{SimpleDatabase::databaseTypeFile, Database::systemSchema};
-    for (const std::wstring& schema : m_database->GetSchemaNames()) {
-        if (IsOwnSchema(schema)) continue;
-        known.push_back(m_database->GetSchemaDirectory(schema));
-        for (const std::wstring& table : m_database->GetTableNames(schema)) {
-            // A system table has a directory, and its columns lie beside it.
-            known.push_back(schema == Database::systemSchema ? Path::join(schema, table)
-                                                             : m_database->GetTableDirectory(table, schema));
-            for (std::wstring& file : m_database->GetColumnFiles(table, schema)) known.push_back(std::move(file));
-        }
-    }
-    std::sort(known.begin(), known.end());
-    CollectUnknown(L"", known);
+void DatabaseCheck::AddUnknownFiles() {
+    m_unknown = FindUnknownFiles(*m_database);
     for (const std::wstring& path : m_unknown) {
         Add(Kind::leftover, Path::join(m_path, path), L"the catalog does not name it");
     }
 }
 
-void DatabaseCheck::CollectUnknown(const std::wstring& path, const std::vector<std::wstring>& known) {
-    TableSpace& space = *m_database->GetTableSpace(Database::systemSchema);
-    for (const std::wstring& name : space.listdir(path)) {
-        const std::wstring child = Path::join(path, name);
-        if (std::binary_search(known.begin(), known.end(), child)) {
-            if (space.isdir(child)) CollectUnknown(child, known);
-        } else if (name.front() != L'.') {  // those are the system's: locks and journals
-            m_unknown.push_back(child);
+void DatabaseCheck::FindNeighbours() {
+    const auto add = [this](std::wstring path, const wchar_t* what) {
+        Add(Kind::leftover, path, what);
+        m_neighbours.push_back(std::move(path));
+    };
+    const std::wstring folder = Path::split(m_path).first;
+    for (std::wstring& path : WorkFolder::FindAbandoned(folder.empty() ? L"." : folder)) {
+        add(std::move(path), L"work on databases that a process did not end");
+    }
+    // This process has a folder of its own among the temporary files, or two.
+    std::wstring base = OS::gettempdir();
+    while (IsProcessFolder(Path::split(base).second)) base = Path::split(base).first;
+    for (const wchar_t* prefix : s_processFolders) {
+        for (std::wstring& path : WorkFolder::FindAbandoned(base, prefix)) {
+            add(std::move(path), L"temporary files of a process that is no more");
         }
     }
-}
-
-void DatabaseCheck::FindNeighbours() {
-    const auto [folder, name] = Path::split(m_path);
-    for (const std::wstring& neighbour : OS::listdir(folder)) {
-        if (!IsNumbered(neighbour, name + L".dropped")) continue;
-        m_neighbours.push_back(Path::join(folder, neighbour));
-        Add(Kind::leftover, m_neighbours.back(), L"remains of a dropped database");
-    }
-    // Temporary directories carry the number of their process.
-    const std::wstring prefix = L"qve-tempdir-";
-    std::wstring base = OS::gettempdir();
-    if (IsNumbered(Path::split(base).second, prefix)) base = Path::split(base).first;
-    for (const std::wstring& entry : OS::listdir(base)) {
-        if (!IsNumbered(entry, prefix) || entry.size() == prefix.size()) continue;
-        const auto process = static_cast<pid_t>(std::wcstol(entry.c_str() + prefix.size(), nullptr, 10));
-        if (process <= 0 || ::kill(process, 0) == 0 || errno != ESRCH) continue;
-        m_neighbours.push_back(Path::join(base, entry));
-        Add(Kind::leftover, m_neighbours.back(), L"temporary files of a process that is no more");
+    for (const std::wstring& name : OS::listdir(base)) {
+        std::wstring path = Path::join(base, name);
+        if (IsLoose(name) && IsOld(path)) add(std::move(path), L"temporary file that nobody used for a day");
     }
 }
 
@@ -233,7 +234,7 @@ void DatabaseCheck::RemoveLeftovers() {
     const Database::Transaction transaction(*m_database);
     m_unknown.clear();
     std::erase_if(m_findings, [](const Finding& f) { return f.kind == Kind::leftover && f.text.starts_with(L"the "); });
-    FindUnknownFiles();
+    AddUnknownFiles();
     TableSpace& space = *m_database->GetTableSpace(Database::systemSchema);
     for (const std::wstring& path : m_unknown) {
         removed(Path::join(m_path, path), [&] {

@@ -54,8 +54,7 @@ private:
     void CheckTable(const TableName& table);
     void CheckPropertyFile(const std::wstring& column, const TableName& table, const std::wstring& place);
     void FindLeftovers();
-    void FindUnknownFiles();
-    void CollectUnknown(const std::wstring& path, const std::vector<std::wstring>& known);
+    void AddUnknownFiles();
     void FindNeighbours();
     void Step();
 

@@ -102,6 +102,7 @@ public:
     void InvalidateCache();
 
 private:
+    void SweepOrphans();
     /// Gives `copy` the files of the database, which nobody changes meanwhile.
     void WithSnapshot(const std::function<void(const RefCntPtr<TableSpace>&)>& copy);
     /// Makes a stream the data or dictionary file of a column. The name of the new file; none when it is the present

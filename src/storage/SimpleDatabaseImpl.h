@@ -93,6 +93,8 @@ public:
     void UpdateTypeFile(const Place& place, const usrprops& properties);
 
     void Begin();
+    /// Whether files may lie about that no list names; asked at the begin of a transaction.
+    bool MayHaveOrphans();
     void End();
     void Rollback();
     /// Reads the catalog if another writer has changed it.

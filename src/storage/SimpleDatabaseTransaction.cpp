@@ -3,13 +3,16 @@
 #include <utility>
 
 #include "metrics/Scope.h"
+#include "os/BootNumber.h"
 #include "os/Path.h"
 #include "storage/CatalogFiles.h"
 #include "storage/PropertyFile.h"
 #include "storage/SimpleDatabaseImpl.h"
+#include "storage/UnknownFiles.h"
 #include "storage/status.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
+#include "telemetry/LogEntry.h"
 #include "telemetry/Logger.h"
 
 namespace qve {
@@ -148,6 +151,14 @@ void SimpleDatabase::Impl::Begin() {
     }
 }
 
+bool SimpleDatabase::Impl::MayHaveOrphans() {
+    std::lock_guard guard(mutex);
+    if (!durable || !lock.IsOpen() || transaction->depth > 1) return false;
+    if (BootNumber() != 0 && lock.ReadBoot() == BootNumber()) return false;
+    // A catalog that lost rows does not name all that is worth keeping.
+    return View()->whole;
+}
+
 void SimpleDatabase::Impl::Close(std::unique_lock<std::recursive_mutex>& guard) {
     if (lock.IsOpen()) lock.Unlock(writerSlot);
     root.changes = {};
@@ -262,6 +273,27 @@ void SimpleDatabase::Impl::TakeBack() {
 void SimpleDatabase::BeginTransaction() {
     Metrics::Scope scope("SimpleDatabase::BeginTransaction");
     m_impl->Begin();
+    SweepOrphans();
+}
+
+// What a process leaves that is killed stands on the list of its transaction. That list is not synced, so when the
+// machine itself has gone down since the last write, files may be there without it.
+void SimpleDatabase::SweepOrphans() {
+    try {
+        if (!m_impl->MayHaveOrphans()) return;
+        const std::vector<std::wstring> removed = RemoveOrphans(*this);
+        if (!removed.empty()) {
+            LogEntry() << "SimpleDatabase: removed " << removed.size() << " files and directories in \""
+                       << narrow(GetRoot()) << "\" that a machine which went down left, \"" << narrow(removed.front())
+                       << "\" first";
+        }
+        std::lock_guard guard(m_impl->mutex);
+        m_impl->root.space->closeall();
+        m_impl->lock.WriteBoot(BootNumber());
+    } catch (const std::exception& fault) {
+        // They harm nobody. The next transaction tries again.
+        LogEntry() << "SimpleDatabase::SweepOrphans: " << fault.what();
+    }
 }
 
 void SimpleDatabase::EndTransaction() {

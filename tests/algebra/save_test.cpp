@@ -11,19 +11,19 @@
 #include "storage/SimpleDatabase.h"
 #include "tests/algebra/flow_cells.h"
 #include "tests/algebra/sample_rows.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
 
 class SaveTest : public testing::Test {
 protected:
-    SaveTest() : m_directory(OS::mkdtemp()), m_path(Path::join(m_directory, L"base")) {
+    SaveTest() {
         const auto database = MakeRef<SimpleDatabase>(m_path);
         database->CreateDatabase();
         database->CreateSchema(L"s");
         database->CreateTable(L"t", L"s");
     }
-    ~SaveTest() override { OS::rmdir(m_directory, true); }
 
     void Store(const std::vector<RefCntPtr<Column>>& columns) {
         const auto database = MakeRef<SimpleDatabase>(m_path);
@@ -34,8 +34,8 @@ protected:
         EXPECT_EQ(save.Build(2), rows);
     }
 
-    const std::wstring m_directory;
-    const std::wstring m_path;
+    const test::ScratchFolder m_scratch;
+    const std::wstring m_path = (m_scratch.GetPath() / "base").wstring();
 };
 
 TEST_F(SaveTest, StoredTableReadsBackFromTheCatalog) {

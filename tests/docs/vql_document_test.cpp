@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve::test {
 namespace {
@@ -86,8 +87,7 @@ std::string Format(const Rows& result) {
 }
 
 TEST(VqlDocument, ItsExamplesGiveWhatItSays) {
-    const fs::path folder = fs::temp_directory_path() / fmt::format("qve_document_test_{}", ::getpid());
-    fs::create_directories(folder);
+    const ScratchFolder scratch;
     const EngineProcess process;
     EngineClient client(process.GetDescriptor());
     const std::vector<Example> examples = ReadExamples(QVE_SOURCES "/docs/vql.md");
@@ -95,7 +95,7 @@ TEST(VqlDocument, ItsExamplesGiveWhatItSays) {
     for (const Example& example : examples) {
         std::string actual;
         for (std::string statement : example.statements) {
-            ReplaceAll(statement, "@FOLDER@", folder.string());
+            ReplaceAll(statement, "@FOLDER@", scratch.GetPath().string());
             ReplaceAll(statement, "@EXAMPLES@", QVE_SOURCES "/examples");
             try {
                 actual = Format(client.Run(statement));
@@ -107,7 +107,6 @@ TEST(VqlDocument, ItsExamplesGiveWhatItSays) {
         if (!example.checked) continue;
         EXPECT_EQ(actual, example.expected) << "docs/vql.md:" << example.line;
     }
-    fs::remove_all(folder);
 }
 
 }  // namespace

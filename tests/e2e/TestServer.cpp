@@ -11,11 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path NextFolder() {
-    static int next = 0;
-    return fs::temp_directory_path() / fmt::format("qve_query_test_{}_{}", ::getpid(), next++);
-}
-
 }  // namespace
 
 const std::vector<ServerSetting>& ServerSettings() {
@@ -30,8 +25,7 @@ const std::vector<ServerSetting>& ServerSettings() {
     return settings;
 }
 
-TestServer::TestServer(const ServerSetting& setting) : m_setting(setting), m_folder(NextFolder()) {
-    fs::create_directories(m_folder);
+TestServer::TestServer(const ServerSetting& setting) : m_setting(setting), m_folder(m_scratch.GetPath()) {
     const fs::path config = m_folder / "qveconfig.yaml";
     std::ofstream(config) << setting.configuration;
     ::setenv("LC_ALL", "C", 1);
@@ -44,9 +38,6 @@ TestServer::TestServer(const ServerSetting& setting) : m_setting(setting), m_fol
 TestServer::~TestServer() {
     m_client.reset();
     m_process.reset();
-    if (std::getenv("QVE_TEST_KEEP")) return;
-    std::error_code ignored;
-    fs::remove_all(m_folder, ignored);
 }
 
 // The plan of a query as one text; empty for what has none. The listing leaves the closing parentheses out.

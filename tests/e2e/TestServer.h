@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve::test {
 
@@ -42,6 +43,7 @@ private:
     std::string PlanText(const std::string& query);
 
     const ServerSetting m_setting;
+    const ScratchFolder m_scratch;
     const std::filesystem::path m_folder;
     std::optional<EngineProcess> m_process;
     std::optional<EngineClient> m_client;

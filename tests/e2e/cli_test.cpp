@@ -11,6 +11,8 @@
 #include <sstream>
 #include <string>
 
+#include "tests/support/ScratchFolder.h"
+
 namespace qve {
 namespace {
 
@@ -33,15 +35,13 @@ Outcome RunLine(std::string line) {
 
 class QveProgram : public testing::Test {
 protected:
-    QveProgram() : m_path(std::filesystem::temp_directory_path() / ("qve_cli_" + std::to_string(::getpid()))) {
-        std::filesystem::create_directories(m_path);
+    QveProgram() {
         std::ofstream text(m_path / "a.csv");
         text << "id,note,x\n";
         for (int i = 0; i < s_rows; ++i) {
             text << i << ",\"n, " << i % 10 << "\"," << (i == 290'005 || i == 290'007 ? "none" : "1.5") << "\n";
         }
     }
-    ~QveProgram() override { std::filesystem::remove_all(m_path); }
 
     Outcome In(const std::string& line) const { return RunLine("cd " + m_path.string() + " && " + line); }
     std::string Read(const std::string& name) const {
@@ -59,7 +59,8 @@ protected:
 
     // More than the types are found from.
     static constexpr int s_rows = 300'000;
-    const std::filesystem::path m_path;
+    const test::ScratchFolder m_scratch;
+    const std::filesystem::path m_path = m_scratch.GetPath();
 };
 
 TEST_F(QveProgram, ImportsAndReportsWhatItRefused) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -20,8 +21,8 @@ using test::FormatCell;
 constexpr int s_cut = 40095;
 
 TEST(CutFile, IsAnErrorOfTheStatement) {
-    const fs::path path = fs::temp_directory_path() / ("qve_cut_" + std::to_string(::getpid()));
-    fs::create_directories(path);
+    const test::ScratchFolder scratch;
+    const fs::path& path = scratch.GetPath();
     {
         const EngineProcess server;
         EngineClient client(server.GetDescriptor());
@@ -62,7 +63,6 @@ TEST(CutFile, IsAnErrorOfTheStatement) {
         fs::copy_file(path / "copy", file, fs::copy_options::overwrite_existing);
         EXPECT_EQ(FormatCell(client.Run(sum).rows[0][1]), expected);
     }
-    fs::remove_all(path);
 }
 
 }  // namespace

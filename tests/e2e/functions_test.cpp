@@ -13,6 +13,7 @@
 
 #include "system/unicode.h"
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 #include "vql/VQLFunction.h"
 #include "vql/VQLFunctionTable.h"
 
@@ -115,8 +116,6 @@ bool Same(const Cell& a, const Cell& b) {
 class FunctionTest : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override {
-        m_folder = fs::temp_directory_path() / fmt::format("qve_function_test_{}", ::getpid());
-        fs::create_directories(m_folder);
         const std::string config = (m_folder / "qveconfig.yaml").string();
         std::ofstream(config) << GetParam();
         m_process.emplace(config);
@@ -130,7 +129,6 @@ protected:
     void TearDown() override {
         m_client.reset();
         m_process.reset();
-        fs::remove_all(m_folder);
     }
 
     // Writes the samples as a file and gives its schema.
@@ -228,7 +226,8 @@ protected:
         }
     }
 
-    fs::path m_folder;
+    const test::ScratchFolder m_scratch;
+    const fs::path m_folder = m_scratch.GetPath();
     std::optional<EngineProcess> m_process;
     std::optional<EngineClient> m_client;
 };

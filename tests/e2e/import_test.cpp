@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -27,8 +28,7 @@ constexpr int s_cancelled = 50000;
 class InterruptedImport : public testing::Test {
 protected:
     InterruptedImport()
-        : m_path(std::filesystem::temp_directory_path() / ("qve_import_" + std::to_string(::getpid()))),
-          m_base((m_path / "base").string()),
+        : m_base((m_path / "base").string()),
           m_temp((m_path / "temp").string()),
           m_import("(create table-from-query [t].[big] (text \"" + (m_path / "big.csv").string() + "\"))") {
         std::filesystem::create_directories(m_temp);
@@ -36,7 +36,6 @@ protected:
         text << "id,word,x\n";
         for (unsigned i = 0; i < s_rows; ++i) text << i << ",word " << i * 7919 % 100003 << "," << i % 97 << ".5\n";
     }
-    ~InterruptedImport() override { std::filesystem::remove_all(m_path); }
 
     void Create(EngineClient& client) const {
         client.Run("(create database \"" + m_base + "\")");
@@ -53,7 +52,8 @@ protected:
     static size_t CountTables(EngineClient& client) { return client.Run("(show tables)").rows.size(); }
 
     static constexpr unsigned s_rows = 300'000;
-    const std::filesystem::path m_path;
+    const test::ScratchFolder m_scratch;
+    const std::filesystem::path m_path = m_scratch.GetPath();
     const std::string m_base;
     const std::string m_temp;
     const std::string m_import;

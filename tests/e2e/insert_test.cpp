@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -56,16 +57,12 @@ private:
 
 class InsertTest : public testing::Test {
 protected:
-    InsertTest()
-        : m_path(std::filesystem::temp_directory_path() / ("qve_insert_" + std::to_string(::getpid()))),
-          m_client(m_server.GetDescriptor()) {
-        std::filesystem::create_directories(m_path);
+    InsertTest() : m_client(m_server.GetDescriptor()) {
         Run("(create database \"" + (m_path / "base").string() + "\")");
         Run("(create schema [s])");
         Run("(create table [s].[t] (([id] ((type \"bigint\"))) ([word] ((type \"varchar\"))) ([x] ((type \"double\"))) "
             "([day] ((type \"date\"))) ([flag] ((type \"bit\")))))");
     }
-    ~InsertTest() override { std::filesystem::remove_all(m_path); }
 
     void Run(const std::string& statement) { m_client.Run(statement); }
     std::string File(const std::string& name, const std::string& text) const {
@@ -106,7 +103,8 @@ protected:
         return QVE_InsertPutValues(insert, views.size(), views.data());
     }
 
-    const std::filesystem::path m_path;
+    const test::ScratchFolder m_scratch;
+    const std::filesystem::path m_path = m_scratch.GetPath();
     const EngineProcess m_server;
     EngineClient m_client;
 };

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/support/EngineClient.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -20,13 +21,6 @@ constexpr int s_taken = 40474;
 
 class TwoServers : public testing::Test {
 protected:
-    TwoServers()
-        : m_path(std::filesystem::temp_directory_path() / ("qve_two_" + std::to_string(::getpid()))),
-          m_base((m_path / "base").string()) {
-        std::filesystem::create_directories(m_path);
-    }
-    ~TwoServers() override { std::filesystem::remove_all(m_path); }
-
     void Connect(EngineClient& client) const { client.Run("(connect \"" + m_base + "\")"); }
     static void ExpectTaken(EngineClient& client, const std::string& statement, int owner) {
         try {
@@ -40,8 +34,9 @@ protected:
     }
     static size_t CountTables(EngineClient& client) { return client.Run("(show tables)").rows.size(); }
 
-    const std::filesystem::path m_path;
-    const std::string m_base;
+    const test::ScratchFolder m_scratch;
+    const std::filesystem::path m_path = m_scratch.GetPath();
+    const std::string m_base = m_scratch / "base";
 };
 
 TEST_F(TwoServers, TheSecondToWriteIsRefused) {

@@ -9,6 +9,7 @@
 #include "os/OS.h"
 #include "os/Path.h"
 #include "os/ZeroedMemory.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -20,20 +21,19 @@ class BudgetedMemoryTest : public testing::Test {
 protected:
     void SetUp() override {
         BudgetedMemory::SetBudget(1);
-        m_directory = OS::mkdtemp();
         m_before = OS::gettempdir();
         OS::tempdir(m_directory);
     }
     void TearDown() override {
         BudgetedMemory::SetBudget(0);
         OS::tempdir(m_before);
-        OS::rmdir(m_directory, true);
     }
 
     bool HasFiles() const { return !std::filesystem::is_empty(Path::utf8path(m_directory)); }
 
 private:
-    std::wstring m_directory;
+    const test::ScratchFolder m_scratch;
+    const std::wstring m_directory = m_scratch.GetPath().wstring();
     std::wstring m_before;
 };
 

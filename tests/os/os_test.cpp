@@ -15,6 +15,7 @@
 #include "os/WorkFolder.h"
 #include "os/status.h"
 #include "system/QuillonException.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -24,9 +25,6 @@ using testing::UnorderedElementsAre;
 
 class OSTest : public testing::Test {
 protected:
-    void SetUp() override { m_directory = OS::mkdtemp(); }
-    void TearDown() override { OS::rmdir(m_directory, true); }
-
     std::wstring At(std::wstring_view name) const { return Path::join(m_directory, name); }
     std::wstring Write(std::wstring_view name, const std::string& text) const {
         std::ofstream(Path::utf8path(At(name)), std::ios::binary) << text;
@@ -37,7 +35,8 @@ protected:
         return std::string(std::istreambuf_iterator<char>(file), {});
     }
 
-    std::wstring m_directory;
+    const test::ScratchFolder m_scratch;
+    const std::wstring m_directory = m_scratch.GetPath().wstring();
 };
 
 template <class Call>

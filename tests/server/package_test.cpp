@@ -25,7 +25,7 @@ protected:
         return RunQuery(client, "(aggregate (table [t].[n]) () (([s] (sum [x]))))").at(0);
     }
 
-    const ScratchDirectory m_directory;
+    const ScratchFolder m_directory;
     const TestServer m_server;
     const RefCntPtr<QVE_Client> m_client;
 };

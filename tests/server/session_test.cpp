@@ -29,7 +29,7 @@ using testing::IsEmpty;
 constexpr const char* s_sum = "(aggregate (table [t].[n]) () (([s] (sum [x])) ([n] (count [x]))))";
 
 TEST(Session, AnswersQueriesOverItsDatabase) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     EXPECT_EQ(StatusOf(*client, "(table [t].[n])"), 48048);
@@ -40,7 +40,7 @@ TEST(Session, AnswersQueriesOverItsDatabase) {
 }
 
 TEST(Session, StaysUsableAfterAnError) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     MakeNumbers(*client, directory, 10);
@@ -52,7 +52,7 @@ TEST(Session, StaysUsableAfterAnError) {
 }
 
 TEST(Session, KeepsWhatWasStoredWhenTheServerStartsAgain) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     {
         const TestServer server;
         MakeNumbers(*server.Connect(), directory, 100);
@@ -64,7 +64,7 @@ TEST(Session, KeepsWhatWasStoredWhenTheServerStartsAgain) {
 }
 
 TEST(Session, ServesSeveralClientsAtOnce) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     MakeNumbers(*server.Connect(), directory, 20000);
     std::vector<std::thread> threads;
@@ -81,7 +81,7 @@ TEST(Session, ServesSeveralClientsAtOnce) {
 }
 
 TEST(Session, RepliesHoldWholeRowsAndGoOn) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     // More than one reply of 8 MiB.
@@ -101,7 +101,7 @@ TEST(Session, RepliesHoldWholeRowsAndGoOn) {
 }
 
 TEST(Session, StatementsArePreparedAndExecutedAnyNumberOfTimes) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     MakeNumbers(*client, directory, 10);
@@ -125,7 +125,7 @@ TEST(Session, StatementsArePreparedAndExecutedAnyNumberOfTimes) {
 }
 
 TEST(Session, ExecutesPlansInPlaceOfQueries) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     std::uint64_t statement = client->StatementOpen();
@@ -154,7 +154,7 @@ TEST(Session, ExecutesPlansInPlaceOfQueries) {
 }
 
 TEST(Session, ExplainsWithTheRowsOfEachOperator) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     MakeNumbers(*client, directory, 3000);
@@ -177,7 +177,7 @@ TEST(Session, ExplainsWithTheRowsOfEachOperator) {
 }
 
 TEST(Session, ACancelThatComesFirstStopsTheNextExecution) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     MakeNumbers(*client, directory, 10);
@@ -195,7 +195,7 @@ TEST(Session, ACancelThatComesFirstStopsTheNextExecution) {
 }
 
 TEST(Session, TellsBesideARunningStatementHowFarItIs) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     MakeNumbers(*client, directory, 300'000);
@@ -219,7 +219,7 @@ TEST(Session, TellsBesideARunningStatementHowFarItIs) {
 }
 
 TEST(Session, CancelStopsARunningStatement) {
-    const ScratchDirectory directory;
+    const ScratchFolder directory;
     const TestServer server;
     const auto client = server.Connect();
     MakeNumbers(*client, directory, 300000);

@@ -41,18 +41,6 @@ RefCntPtr<QVE_Client> TestServer::Connect() const {
     return client;
 }
 
-ScratchDirectory::ScratchDirectory() {
-    static std::atomic<int> s_next{0};
-    m_path = std::filesystem::temp_directory_path() /
-             ("qve_server_test_" + std::to_string(getpid()) + "_" + std::to_string(s_next++));
-    std::filesystem::create_directories(m_path);
-}
-
-ScratchDirectory::~ScratchDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-}
-
 std::vector<std::string> RunQuery(QVE_Client& client, const std::string& text) {
     std::vector<std::string> rows;
     const RefCntPtr<QVE_ClientRowset> rowset = client.QueryExecute(text);
@@ -76,7 +64,7 @@ int StatusOf(QVE_Client& client, const std::string& text) {
     }
 }
 
-void MakeNumbers(QVE_Client& client, const ScratchDirectory& directory, unsigned rows) {
+void MakeNumbers(QVE_Client& client, const ScratchFolder& directory, unsigned rows) {
     const std::string csv = directory / "numbers.csv";
     std::ofstream file(csv);
     file << "x\n";

@@ -12,9 +12,12 @@
 #include "client/QVE_ServerError.h"
 #include "server/QVE_Server.h"
 #include "server/ipc/IPC_Server.h"
+#include "tests/support/ScratchFolder.h"
 #include "types/usrprops.h"
 
 namespace qve {
+
+using test::ScratchFolder;
 
 /// A server in this process, pumped by a thread of its own until the end of the object.
 class TestServer {
@@ -34,19 +37,6 @@ private:
     std::thread m_pump;
 };
 
-/// A directory that is there for the life of the object.
-class ScratchDirectory {
-public:
-    ScratchDirectory();
-    ~ScratchDirectory();
-    ScratchDirectory(const ScratchDirectory&) = delete;
-    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-    std::string operator/(const std::string& name) const { return (m_path / name).string(); }
-
-private:
-    std::filesystem::path m_path;
-};
-
 /// Runs a statement: its rows as texts, values separated by blanks.
 std::vector<std::string> RunQuery(QVE_Client& client, const std::string& text);
 
@@ -55,6 +45,6 @@ int StatusOf(QVE_Client& client, const std::string& text);
 
 /// A table [t].[n] with the column [x] of the numbers from 0 to rows - 1, in a new database to which the client is
 /// connected afterwards.
-void MakeNumbers(QVE_Client& client, const ScratchDirectory& directory, unsigned rows);
+void MakeNumbers(QVE_Client& client, const ScratchFolder& directory, unsigned rows);
 
 }  // namespace qve

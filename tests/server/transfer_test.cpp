@@ -59,7 +59,7 @@ protected:
         return bytes;
     }
 
-    const ScratchDirectory m_directory;
+    const ScratchFolder m_directory;
     const TestServer m_server;
     const RefCntPtr<QVE_Client> m_client;
 };

@@ -1,7 +1,9 @@
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "os/WorkFolder.h"
 #include "storage/DatabaseCheck.h"
 #include "system/unicode.h"
 #include "tests/storage/storage_fixture.h"
@@ -107,13 +109,24 @@ TEST_F(CheckTest, DamageIsFoundAndNamed) {
 TEST_F(CheckTest, LeftoversAreFoundAndRemoved) {
     const fs::path root = Path::utf8path(m_directory);
     fs::create_directories(File("s/t/deep"));
-    fs::create_directories(root / "db.dropped2" / "x");
-    fs::create_directories(root / "db.dropped.by.me");
+    fs::create_directories(root / "qve_work_dead" / "x");
+    fs::create_directories(root / "qve_work_mine");
+    const FolderClaim claim((root / "qve_work_mine").wstring());
+    ASSERT_TRUE(claim.IsHeld());
+    const std::wstring temporary = OS::gettempdir();
+    for (const wchar_t* name : {L"temp", L"temp/qve_temp_live", L"temp/qve_temp_dead"}) OS::mkdir(In(name), false);
+    const FolderClaim live(In(L"temp/qve_temp_live"));
+    OS::tempdir(In(L"temp/qve_temp_live"));
+    for (const char* name : {"temp/qve_a1B2c3", "temp/qve_a1B2c4", "temp/qve_mine.txt"}) Put(root / name, "x");
+    for (const char* name : {"temp/qve_a1B2c3", "temp/qve_mine.txt"}) {
+        fs::last_write_time(root / name, fs::file_time_type::clock::now() - std::chrono::hours(25));
+    }
     for (const char* name : {"s/t/n.9.data", "s/t/deep/x", "SYS/TABLES_ID.data.7", "stray"}) Put(File(name), "x");
     DatabaseCheck check(In(L"db"), nullptr);
     check.Verify();
     const std::string found = Of(check, Kind::leftover);
-    for (const char* name : {"db/s/t/n.9.data", "db/s/t/deep", "db/SYS/TABLES_ID.data.7", "db/stray", "/db.dropped2"}) {
+    for (const char* name : {"db/s/t/n.9.data", "db/s/t/deep", "db/SYS/TABLES_ID.data.7", "db/stray", "/qve_work_dead",
+                             "/temp/qve_temp_dead", "/temp/qve_a1B2c3"}) {
         EXPECT_NE(found.find(name + std::string(": ")), std::string::npos) << name << "\n" << found;
     }
     EXPECT_EQ(Of(check, Kind::damage), "");
@@ -122,8 +135,13 @@ TEST_F(CheckTest, LeftoversAreFoundAndRemoved) {
     for (const char* name : {"s/t/n.9.data", "s/t/deep", "SYS/TABLES_ID.data.7", "stray"}) {
         EXPECT_FALSE(fs::exists(File(name))) << name;
     }
-    EXPECT_FALSE(fs::exists(root / "db.dropped2"));
-    EXPECT_TRUE(fs::exists(root / "db.dropped.by.me"));
+    OS::tempdir(temporary);
+    for (const char* name : {"qve_work_dead", "temp/qve_temp_dead", "temp/qve_a1B2c3"}) {
+        EXPECT_FALSE(fs::exists(root / name)) << name;
+    }
+    for (const char* name : {"qve_work_mine", "temp/qve_temp_live", "temp/qve_a1B2c4", "temp/qve_mine.txt"}) {
+        EXPECT_TRUE(fs::exists(root / name)) << name;
+    }
     EXPECT_TRUE(fs::exists(File("empty")) && fs::exists(File("s/none"))) << "empty, and in the catalog";
     EXPECT_EQ(Verify(Kind::leftover), "");
     EXPECT_EQ(Verify(Kind::damage), "");

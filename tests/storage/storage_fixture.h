@@ -11,6 +11,7 @@
 #include "storage/SimpleDatabase.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
+#include "tests/support/ScratchFolder.h"
 #include "types/builtin.h"
 #include "types/types_initialization.h"
 #include "types/varchar.h"
@@ -24,13 +25,10 @@ protected:
         static const bool once = (types_initialization(), true);
         (void)once;
     }
-    StorageTest() : m_directory(OS::mkdtemp()) {}
-    ~StorageTest() override {
-        if (Path::exists(m_directory)) OS::rmdir(m_directory, true);
-    }
     std::wstring In(const std::wstring& name) const { return Path::join(m_directory, name); }
 
-    const std::wstring m_directory;
+    const test::ScratchFolder m_scratch;
+    const std::wstring m_directory = m_scratch.GetPath().wstring();
 };
 
 /// The number of the exception that `action` throws; 0 when it throws none.

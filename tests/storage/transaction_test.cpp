@@ -4,10 +4,12 @@
 
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <thread>
 
+#include "os/FileLock.h"
 #include "storage/SimpleDatabase.h"
 #include "storage/status.h"
 #include "system/TEvent.h"
@@ -52,10 +54,13 @@ protected:
         database.ReplaceColumn(L"c", L"kept", L"s", *MakeLongs({9}));
         database.CreateSchema(L"other");
     }
+    static void ExpectRows(SimpleDatabase& database) {
+        EXPECT_EQ(Rows(*database.LoadColumn(L"c", L"kept", L"s")), (Texts{"1", "2", "3"}));
+    }
     static void ExpectUnchanged(SimpleDatabase& database) {
         EXPECT_EQ(database.GetTableNames(L"s"), Names{L"kept"});
         EXPECT_FALSE(database.HasSchema(L"other"));
-        EXPECT_EQ(Rows(*database.LoadColumn(L"c", L"kept", L"s")), (Texts{"1", "2", "3"}));
+        ExpectRows(database);
     }
     static void ExpectChanged(SimpleDatabase& database) {
         EXPECT_EQ(database.GetTableNames(L"s"), (Names{L"kept", L"new"}));
@@ -135,6 +140,51 @@ TEST_F(TransactionTest, AKilledWriterLeavesTheDatabaseAsItWas) {
     EXPECT_NE(Files(), before);
     ExpectUnchanged(*Open());
     EXPECT_EQ(Files(), before);
+}
+
+// A power cut may leave files that no list names. The first writer after the machine has started again removes them.
+TEST_F(TransactionTest, WhatAPowerCutLeftGoesAndWhatUsersKeepStays) {
+    Open()->CreateTable(L"other", L"s");
+    const Names before = Files();
+    const auto put = [this](const std::wstring& path) {
+        std::filesystem::create_directories(std::filesystem::path(In(L"db/" + path)).parent_path());
+        OS::touch(In(L"db/" + path));
+    };
+    const auto leave = [&] {
+        for (const wchar_t* orphan :
+             {L"s/kept/c.7.data", L"s/kept/d.dict", L"s/half/c.type", L"SYS/TABLES_ID.data.9"}) {
+            put(orphan);
+        }
+        OS::mkdir(In(L"db/half"), false);
+    };
+    leave();
+    Open()->DropTable(L"other", L"s", true, false);
+    EXPECT_TRUE(Path::exists(In(L"db/s/half/c.type"))) << "the machine was not down since";
+
+    const auto lock = [this] { return FileLock(In(L"db/.database.lock"), false); };
+    lock().WriteBoot(1);
+    for (const wchar_t* kept : {L"s/kept/notes.txt", L"texts/a.csv", L"s/mine/c.data", L"s/mine/c.csv", L"c.data"}) {
+        put(kept);
+    }
+    EXPECT_EQ(Open()->GetTableNames(L"s"), Names{L"kept"});
+    EXPECT_TRUE(Path::exists(In(L"db/s/half/c.type"))) << "reading changes nothing";
+    Open()->CreateTable(L"other", L"s");
+    Names after = before;
+    for (const wchar_t* kept :
+         {L"c.data", L"s/kept/notes.txt", L"s/mine", L"s/mine/c.csv", L"s/mine/c.data", L"texts", L"texts/a.csv"}) {
+        after.push_back(kept);
+    }
+    std::sort(after.begin(), after.end());
+    EXPECT_EQ(Files(), after);
+    ExpectRows(*Open());
+
+    // A catalog that lost rows does not say what is an orphan.
+    leave();
+    lock().WriteBoot(1);
+    const std::filesystem::path ids(In(L"db/SYS/COLUMNS_ID.data"));
+    std::filesystem::resize_file(ids, std::filesystem::file_size(ids) - 8);
+    Open()->CreateSchema(L"more");
+    EXPECT_TRUE(Path::exists(In(L"db/s/half/c.type")));
 }
 
 TEST_F(TransactionTest, WhatWasCommittedSurvivesAKill) {

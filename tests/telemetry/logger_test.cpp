@@ -13,6 +13,7 @@
 #include "telemetry/LogScopeTime.h"
 #include "telemetry/SimpleLogger.h"
 #include "telemetry/log_time.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -34,18 +35,15 @@ std::string without_header(const std::string& line) {
 
 class LoggerTest : public testing::Test {
 protected:
-    void SetUp() override { m_directory = OS::mkdtemp(); }
-    void TearDown() override {
-        Logger::Init(nullptr);
-        OS::rmdir(m_directory, true);
-    }
+    void TearDown() override { Logger::Init(nullptr); }
     // Writes all that is queued.
     static void Drain(Logger& logger) {
         logger.QueueStop();
         logger.Run();
     }
 
-    std::wstring m_directory;
+    const test::ScratchFolder m_scratch;
+    const std::wstring m_directory = m_scratch.GetPath().wstring();
 };
 
 TEST_F(LoggerTest, StampsEachLineOfAMessage) {

@@ -20,6 +20,7 @@
 #include "storage/stream/TempFileDataStream.h"
 #include "storage/stream/status.h"
 #include "system/QuillonException.h"
+#include "tests/support/ScratchFolder.h"
 
 namespace qve {
 namespace {
@@ -51,9 +52,6 @@ RefCntPtr<DataStream> memory(const std::string& bytes) {
 
 class StreamTest : public testing::Test {
 protected:
-    void SetUp() override { m_directory = OS::mkdtemp(); }
-    void TearDown() override { OS::rmdir(m_directory, true); }
-
     RefCntPtr<DataFile> NewFile(const std::string& bytes = {}, bool writable = true) const {
         const std::wstring path = OS::mkstemp(m_directory);
         {
@@ -70,7 +68,8 @@ protected:
         return ::fstat(stream.GetFile()->GetDescriptor(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
     }
 
-    std::wstring m_directory;
+    const test::ScratchFolder m_scratch;
+    const std::wstring m_directory = m_scratch.GetPath().wstring();
 };
 
 // Every kind of stream that can be written must behave like a plain string.
