@@ -17,11 +17,13 @@
 #include "primitives/define_primitives.h"
 #include "primitives/primitive_directory.h"
 #include "primitives/primitive_func.h"
+#include "primitives/signatures.h"
 #include "primitives/vector_level.h"
 #include "storage/stream/MemoryDataStream.h"
 #include "system/unicode.h"
 #include "types/atom_hash.h"
 #include "types/datatraits.h"
+#include "types/hashfunc.h"
 #include "types/input_column.h"
 #include "types/output_column.h"
 #include "types/types_initialization.h"
@@ -56,25 +58,39 @@ T sample() {
     }
 }
 
+/// Begins at a cache line, as the pages of columns do.
+template <class T>
+struct line_allocator {
+    using value_type = T;
+    line_allocator() = default;
+    template <class U>
+    line_allocator(const line_allocator<U>&) {}
+    T* allocate(size_t count) { return static_cast<T*>(::operator new (count * sizeof(T), std::align_val_t{64})); }
+    void deallocate(T* p, size_t) { ::operator delete (p, std::align_val_t{64}); }
+    bool operator==(const line_allocator&) const { return true; }
+};
+template <class T>
+using page_of = std::vector<T, line_allocator<T>>;
+
 /// A page of values; every fiftieth may be null.
 template <class T>
-std::vector<T>& page(bool nulls) {
-    static std::vector<std::unique_ptr<std::vector<T>>> pages;
-    auto made = std::make_unique<std::vector<T>>();
+page_of<T>& page(bool nulls) {
+    static std::vector<std::unique_ptr<page_of<T>>> pages;
+    auto made = std::make_unique<page_of<T>>();
     for (unsigned i = 0; i < rows; ++i) {
         made->push_back(nulls && random_bits()() % 50 == 0 ? datatraits<T>::null : sample<T>());
     }
     return *pages.emplace_back(std::move(made));
 }
-std::vector<unsigned>& numbers_below(unsigned limit) {
-    std::vector<unsigned>& numbers = page<unsigned>(false);
+page_of<unsigned>& numbers_below(unsigned limit) {
+    page_of<unsigned>& numbers = page<unsigned>(false);
     for (unsigned& number : numbers) number = static_cast<unsigned>(random_bits()() % limit);
     return numbers;
 }
 /// Half of the rows.
-const std::vector<unsigned>& selection() {
-    static const std::vector<unsigned> half = [] {
-        std::vector<unsigned> made;
+const page_of<unsigned>& selection() {
+    static const page_of<unsigned> half = [] {
+        page_of<unsigned> made;
         for (unsigned i = 0; i < rows; ++i) {
             if (random_bits()() % 2) made.push_back(i);
         }
@@ -84,11 +100,11 @@ const std::vector<unsigned>& selection() {
 }
 
 template <class T>
-input_column in(const std::vector<T>& values, unsigned char flags = 0) {
+input_column in(const page_of<T>& values, unsigned char flags = 0) {
     return {values.data(), nullptr, sizeof(T), static_cast<unsigned>(values.size()), flags};
 }
 template <class T>
-output_column out(std::vector<T>& values) {
+output_column out(page_of<T>& values) {
     return {values.data(), nullptr, sizeof(T), static_cast<unsigned>(values.size()), nullptr};
 }
 
@@ -153,16 +169,20 @@ bool any_null(const T&... values) {
     return (is_null(values) | ...);
 }
 
+/// What the loop beside a kernel over whole columns does: where such rows may still give a null, as a sum that is equal
+/// to the null's pattern, it reports that, as the kernel must.
+enum class whole_result { stays, may_be_null };
+
 /// A map of columns whose rows `row` computes: with nulls, without, and of selected rows.
 template <class R, class... A, class Row>
-void compare_map(const std::wstring& operation, Row row) {
+void compare_map(const std::wstring& operation, Row row, whole_result result_of_whole = whole_result::stays) {
     using function = std::conditional_t<sizeof...(A) == 1, unary_func, binary_func>;
     const auto f = kernel<function>(primitive::klassMap, operation, {col_of<A>()...});
     std::string name = "map_" + narrow(operation);
     ((name += "_" + narrow(std::wstring(datatraits<A>::name))), ...);
-    std::vector<R>& result = page<R>(false);
+    page_of<R>& result = page<R>(false);
     R* const to = result.data();
-    const auto with = [&](const std::vector<A>&... columns) {
+    const auto with = [&](const page_of<A>&... columns) {
         const std::tuple<const A*...> data{columns.data()...};
         compare(
             name + "_nulls", [=, &result, &columns...] { f(rows, out(result), in(columns)..., nullptr); },
@@ -190,14 +210,24 @@ void compare_map(const std::wstring& operation, Row row) {
             },
             count);
     };
-    const auto without = [&](const std::vector<A>&... columns) {
+    const auto without = [&](const page_of<A>&... columns) {
         const std::tuple<const A*...> data{columns.data()...};
         compare(
             name + "_whole", [=, &result, &columns...] { f(rows, out(result), in(columns, whole)..., nullptr); },
             [=] {
                 std::apply(
                     [=](const A*... a) {
-                        for (unsigned i = 0; i < rows; ++i) to[i] = row(a[i]...);
+                        if (result_of_whole == whole_result::stays) {
+                            for (unsigned i = 0; i < rows; ++i) to[i] = row(a[i]...);
+                            return;
+                        }
+                        unsigned_of<R> made = 0;
+                        for (unsigned i = 0; i < rows; ++i) {
+                            const R result = row(a[i]...);
+                            made = static_cast<unsigned_of<R>>(made | is_null(result));
+                            to[i] = result;
+                        }
+                        benchmark::DoNotOptimize(made);
                     },
                     data);
             });
@@ -210,9 +240,9 @@ void compare_map(const std::wstring& operation, Row row) {
 template <class R, class A, class B, class Row>
 void compare_map_val(const std::wstring& operation, Row row) {
     const auto f = kernel<binary_func>(primitive::klassMap, operation, {col_of<A>(), val_of<B>()});
-    std::vector<R>& result = page<R>(false);
-    const std::vector<A>& left = page<A>(false);
-    const std::vector<B>& right = page<B>(false);
+    page_of<R>& result = page<R>(false);
+    const page_of<A>& left = page<A>(false);
+    const page_of<B>& right = page<B>(false);
     const std::string name = "map_" + narrow(operation) + "_" + narrow(std::wstring(datatraits<A>::name)) + "_col_" +
                              narrow(std::wstring(datatraits<B>::name)) + "_val_whole";
     compare(
@@ -227,19 +257,24 @@ void register_arithmetic() {
     const auto wide_sum = [](auto x, auto y) { return bigint{x} + y; };
     const auto product = [](auto x, auto y) { return x * y; };
     const auto wide_product = [](auto x, auto y) { return bigint{x} * y; };
+    constexpr auto may_be_null = whole_result::may_be_null;
     compare_map<double, double, double>(L"plus", sum);
     compare_map<bigint, int, int>(L"plus", wide_sum);
-    compare_map<bigint, bigint, bigint>(L"plus", [](bigint x, bigint y) {
-        return static_cast<bigint>(static_cast<unsigned long long>(x) + static_cast<unsigned long long>(y));
-    });
+    compare_map<bigint, bigint, bigint>(
+        L"plus",
+        [](bigint x, bigint y) {
+            return static_cast<bigint>(static_cast<unsigned long long>(x) + static_cast<unsigned long long>(y));
+        },
+        may_be_null);
     compare_map<double, double, double>(L"minus", [](double x, double y) { return x - y; });
     compare_map<double, double, double>(L"times", product);
     compare_map<bigint, int, int>(L"times", wide_product);
-    compare_map<bigint, bigint, bigint>(L"times", wide_product);
+    compare_map<bigint, bigint, bigint>(L"times", wide_product, may_be_null);
     compare_map_val<bigint, int, int>(L"times", wide_product);
-    compare_map<double, double, int>(L"divide",
-                                     [](double x, int y) { return y == 0 ? datatraits<double>::null : x / y; });
-    compare_map<int, int, int>(L"div_", [](int x, int y) { return y == 0 ? datatraits<int>::null : x / y; });
+    compare_map<double, double, int>(
+        L"divide", [](double x, int y) { return y == 0 ? datatraits<double>::null : x / y; }, may_be_null);
+    compare_map<int, int, int>(
+        L"div_", [](int x, int y) { return y == 0 ? datatraits<int>::null : x / y; }, may_be_null);
     compare_map<double, double>(L"abs_", [](double x) { return std::fabs(x); });
     compare_map<double, double, double>(L"greatest", [](double x, double y) { return x < y ? y : x; });
     compare_map<double, double>(L"sqrt", [](double x) { return std::sqrt(x); });
@@ -257,20 +292,24 @@ void register_conversions() {
     compare_map<double, int>(L"double", [](int x) { return static_cast<double>(x); });
     compare_map<double, bigint>(L"double", [](bigint x) { return static_cast<double>(x); });
     compare_map<bigint, int>(L"bigint", [](int x) { return bigint{x}; });
-    compare_map<bigint, double>(L"bigint", [](double x) {
-        const bool fits = x >= -0x1p63 && x < 0x1p63;
-        return fits ? static_cast<bigint>(x) : datatraits<bigint>::null;
-    });
+    compare_map<bigint, double>(
+        L"bigint",
+        [](double x) {
+            const bool fits = x >= -0x1p63 && x < 0x1p63;
+            return fits ? static_cast<bigint>(x) : datatraits<bigint>::null;
+        },
+        whole_result::may_be_null);
     compare_map<int, bigint>(
-        L"long", [](bigint x) { return static_cast<int>(x) == x ? static_cast<int>(x) : datatraits<int>::null; });
+        L"long", [](bigint x) { return static_cast<int>(x) == x ? static_cast<int>(x) : datatraits<int>::null; },
+        whole_result::may_be_null);
 }
 
 void register_hashes() {
     compare_map<unsigned, int>(L"hash", [](int x) { return atom_hash(x); });
     compare_map<unsigned, bigint>(L"hash", [](bigint x) { return atom_hash(x); });
     const auto rehash = kernel<unary_func>(primitive::klassMap, L"rehash", {col_of<int>()});
-    std::vector<unsigned>& hashes = page<unsigned>(false);
-    const std::vector<int>& keys = page<int>(false);
+    page_of<unsigned>& hashes = page<unsigned>(false);
+    const page_of<int>& keys = page<int>(false);
     compare(
         "map_rehash_long", [=, &hashes, &keys] { rehash(rows, out(hashes), in(keys), nullptr); },
         [to = hashes.data(), x = keys.data()] {
@@ -281,9 +320,9 @@ void register_hashes() {
 template <class T>
 void register_fetch() {
     const auto fetch = kernel<binary_func>(primitive::klassMap, L"fetch", {col_of<unsigned>(), col_of<T>()});
-    std::vector<T>& result = page<T>(false);
-    const std::vector<T>& source = page<T>(false);
-    const std::vector<unsigned>& index = numbers_below(rows);
+    page_of<T>& result = page<T>(false);
+    const page_of<T>& source = page<T>(false);
+    const page_of<unsigned>& index = numbers_below(rows);
     compare(
         "map_fetch_" + narrow(std::wstring(datatraits<T>::name)),
         [=, &result, &source, &index] { fetch(rows, out(result), in(index), in(source, whole), nullptr); },
@@ -300,23 +339,37 @@ void register_dates() {
         return static_cast<int>(t.value % static_cast<unsigned long long>(ticks_per_day) /
                                 static_cast<unsigned long long>(ticks_per_hour));
     });
-    compare_map<date, date>(L"truncmonth", [](date d) {
-        const auto c = d.civil();
-        return date{static_cast<unsigned>(calendar::days(c.year, c.month, 1))};
-    });
-    compare_map<date, date, int>(L"addday",
-                                 [](date d, int days) { return date{d.value + static_cast<unsigned>(days)}; });
-    compare_map<int, date, date>(L"diffday", [](date a, date b) { return static_cast<int>(b.value - a.value); });
+    compare_map<date, date>(
+        L"truncmonth",
+        [](date d) {
+            const auto c = d.civil();
+            return date{static_cast<unsigned>(calendar::days(c.year, c.month, 1))};
+        },
+        whole_result::may_be_null);
+    compare_map<date, date, int>(
+        L"addday",
+        [](date d, int days) {
+            const long long sum = static_cast<long long>(d.value) + days;
+            return sum >= 0 && sum < 1LL << 31 ? date{static_cast<unsigned>(sum)} : datatraits<date>::null;
+        },
+        whole_result::may_be_null);
+    compare_map<int, date, date>(
+        L"diffday",
+        [](date a, date b) {
+            const long long days = static_cast<long long>(b.value) - a.value;
+            return static_cast<int>(days) == days ? static_cast<int>(days) : datatraits<int>::null;
+        },
+        whole_result::may_be_null);
 }
 
 void register_selects() {
-    const std::vector<int>& values = page<int>(true);
-    std::vector<unsigned>& positions = page<unsigned>(false);
+    const page_of<int>& values = page<int>(true);
+    page_of<unsigned>& positions = page<unsigned>(false);
     const auto lt = kernel<binary_func>(primitive::klassSelect, L"lt", {col_of<int>(), val_of<int>()});
     const unsigned* const half = selection().data();
     const auto count = static_cast<unsigned>(selection().size());
     for (const int percent : {10, 50, 90}) {
-        const auto limit = std::make_shared<std::vector<int>>(1, percent * 10);
+        const auto limit = std::make_shared<page_of<int>>(1, percent * 10);
         const auto plain = [to = positions.data(), x = values.data(), y = percent * 10](unsigned n, auto row) {
             unsigned k = 0;
             for (unsigned i = 0; i < n; ++i) {
@@ -345,7 +398,7 @@ void register_selects() {
             }
             benchmark::DoNotOptimize(k);
         });
-    const std::vector<bit>& bits = page<bit>(false);
+    const page_of<bit>& bits = page<bit>(false);
     const auto copy = kernel<unary_func>(primitive::klassSelect, L"copy", {col_of<bit>()});
     compare(
         "sel_copy_bit", [=, &positions, &bits] { copy(rows, out(positions), in(bits), nullptr); },
@@ -363,12 +416,12 @@ void register_selects() {
 template <class R, class A, class Fold>
 void compare_aggregate(const std::wstring& operation, Fold fold) {
     const auto f = kernel<binary_func>(primitive::klassAggregate, operation, {col_of<A>(), col_of<unsigned>()});
-    std::vector<R>& accumulators = page<R>(false);
+    page_of<R>& accumulators = page<R>(false);
     const std::string name = "agg_" + narrow(operation) + "_" + narrow(std::wstring(datatraits<A>::name));
     for (const bool nulls : {true, false}) {
-        const std::vector<A>& values = page<A>(nulls);
+        const page_of<A>& values = page<A>(nulls);
         for (const auto& [label, groups] : {std::pair{"_one_group", 1U}, {"_few_groups", 6U}, {"_many_groups", rows}}) {
-            const std::vector<unsigned>& index = numbers_below(groups);
+            const page_of<unsigned>& index = numbers_below(groups);
             const unsigned char flags = groups == 1 ? column_flags::constant : 0;
             compare(
                 name + label + (nulls ? "_nulls" : "_whole"),
@@ -392,10 +445,10 @@ void register_aggregates() {
     compare_aggregate<bigint, int>(L"count", [](bigint a, int) { return a + 1; });
     const auto check =
         kernel<ternary_func>(primitive::klassAggregate, L"check", {col_of<int>(), col_of<int>(), col_of<unsigned>()});
-    std::vector<bit>& marks = page<bit>(false);
-    const std::vector<int>& keys = page<int>(false);
-    const std::vector<int>& table = page<int>(false);
-    const std::vector<unsigned>& index = numbers_below(rows);
+    page_of<bit>& marks = page<bit>(false);
+    const page_of<int>& keys = page<int>(false);
+    const page_of<int>& table = page<int>(false);
+    const page_of<unsigned>& index = numbers_below(rows);
     compare(
         "agg_check_long",
         [=, &marks, &keys, &table, &index] { check(rows, out(marks), in(keys), in(table), in(index), nullptr); },
@@ -404,60 +457,72 @@ void register_aggregates() {
         });
 }
 
-/// A page of words, of which there are a hundred, in a heap.
+/// A page of words, of which there are a hundred, in a heap; and for the plain loops as such a loop would have them,
+/// one behind the other with their lengths before them.
 struct words {
     const usrtype* type = varchar::usrtypeof(varchar::clob_precision, 1, L"binary");
     RefCntPtr<MemoryDataStream> stream = MakeRef<MemoryDataStream>();
     std::unique_ptr<usrheap> heap = type->heap(stream.get());
     std::vector<std::string> texts;
     std::vector<unsigned> tokens;
+    std::string plain;
+    std::vector<unsigned> offsets;
 
     words() {
         for (unsigned i = 0; i < rows; ++i) {
             texts.push_back("a word, number " + std::to_string(random_bits()() % 100) + " of many");
-            tokens.push_back(static_cast<unsigned>(heap->put(usratom(type, texts.back().data(), texts.back().size()))));
+            const std::string& text = texts.back();
+            tokens.push_back(static_cast<unsigned>(heap->put(usratom(type, text.data(), text.size()))));
+            const auto length = static_cast<unsigned>(text.size());
+            offsets.push_back(static_cast<unsigned>(plain.size()));
+            plain.append(reinterpret_cast<const char*>(&length), sizeof length).append(text);
         }
+    }
+    std::string_view operator[](unsigned i) const {
+        const char* const entry = plain.data() + offsets[i];
+        unsigned length;
+        std::memcpy(&length, entry, sizeof length);
+        return {entry + sizeof length, length};
     }
     input_column input(unsigned count = rows) const { return {tokens.data(), heap.get(), sizeof(unsigned), count, 0}; }
 };
 
 void register_texts() {
     static const words left, right, needle;
-    static const std::string sought = needle.texts[0].substr(8);
-    static std::vector<bit>& truths = page<bit>(false);
+    static page_of<bit>& truths = page<bit>(false);
     const primitive::argument text_col{L"usr4", L"col"}, text_val{L"usr4", L"val"};
     const auto eq = kernel<binary_func>(primitive::klassMap, L"eq", {text_col, text_col});
     compare(
         "map_eq_usr4", [=] { eq(rows, out(truths), left.input(), right.input(), nullptr); },
         [] {
-            for (unsigned i = 0; i < rows; ++i) truths[i] = bit{left.texts[i] == right.texts[i]};
+            for (unsigned i = 0; i < rows; ++i) truths[i] = bit{left[i] == right[i]};
         });
     const auto contains = kernel<binary_func>(primitive::klassMap, L"contains", {text_col, text_val});
     compare(
         "map_contains_usr4_val", [=] { contains(rows, out(truths), left.input(), needle.input(1), nullptr); },
         [] {
             for (unsigned i = 0; i < rows; ++i) {
-                const std::string& text = left.texts[i];
-                truths[i] =
-                    bit{memmem(text.data(), text.size(), needle.texts[0].data(), needle.texts[0].size()) != nullptr};
+                const std::string_view text = left[i];
+                truths[i] = bit{memmem(text.data(), text.size(), needle[0].data(), needle[0].size()) != nullptr};
             }
         });
-    static std::vector<unsigned>& hashes = page<unsigned>(false);
+    static page_of<unsigned>& hashes = page<unsigned>(false);
     const auto hash = kernel<unary_func>(primitive::klassMap, L"hash", {text_col});
     compare(
         "map_hash_usr4", [=] { hash(rows, out(hashes), left.input(), nullptr); },
         [] {
             for (unsigned i = 0; i < rows; ++i) {
-                hashes[i] = static_cast<unsigned>(std::hash<std::string_view>()(left.texts[i]));
+                const std::string_view text = left[i];
+                hashes[i] = hashfunc(text.data(), text.size());
             }
         });
 }
 
 void register_orders() {
     const auto sort = kernel<sort_func>(primitive::klassSort, L"asc", {col_of<unsigned>(), col_of<double>()});
-    const std::vector<double>& values = page<double>(false);
-    static std::vector<double> keys;
-    static std::vector<unsigned> index;
+    const page_of<double>& values = page<double>(false);
+    static page_of<double> keys;
+    static page_of<unsigned> index;
     static std::vector<std::pair<double, unsigned>> pairs;
     const auto by_key = [](const auto& a, const auto& b) { return a.first < b.first; };
     compare(
@@ -473,7 +538,7 @@ void register_orders() {
             std::sort(pairs.begin(), pairs.end(), by_key);
         });
     const auto merge = kernel<merge_func>(primitive::klassMerge, L"asc", {{L"long", L"col"}});
-    static std::vector<int> left = page<int>(false), right = page<int>(false), merged(2 * rows);
+    static page_of<int> left = page<int>(false), right = page<int>(false), merged(2 * rows);
     static std::vector<unsigned char> steps(rows / 4);
     std::sort(left.begin(), left.end());
     std::sort(right.begin(), right.end());
@@ -485,11 +550,73 @@ void register_orders() {
         [] { std::merge(left.begin(), left.end(), right.begin(), right.end(), merged.begin()); }, 2 * rows);
 }
 
+/// Four sorted runs with their row numbers to one.
+void register_multimerge() {
+    constexpr unsigned runs = 4;
+    const auto merge = kernel<multimerge_func>(primitive::klassMultimerge, L"asc", {col_of<unsigned>(), col_of<int>()});
+    static page_of<int> keys[runs];
+    static page_of<unsigned> indexes[runs];
+    for (unsigned r = 0; r < runs; ++r) {
+        keys[r] = page<int>(false);
+        std::sort(keys[r].begin(), keys[r].end());
+        indexes[r] = page<unsigned>(false);
+    }
+    static page_of<int> merged_keys(runs * rows);
+    static page_of<unsigned> merged(runs * rows);
+    // A merge ends with the first run that does.
+    const auto next_run = [](const unsigned* at) {
+        unsigned least = 0;
+        for (unsigned r = 1; r < runs; ++r) {
+            if (keys[r][at[r]] < keys[least][at[least]]) least = r;
+        }
+        return least;
+    };
+    unsigned values = 0;
+    for (unsigned at[runs] = {}; *std::max_element(at, at + runs) < rows; ++values) ++at[next_run(at)];
+    compare(
+        "multimerge_asc_ulng_long",
+        [=] {
+            unsigned positions[runs] = {};
+            unsigned ends[runs];
+            const void* key_data[runs + 1] = {};
+            const void* index_data[runs] = {};
+            for (unsigned r = 0; r < runs; ++r) {
+                ends[r] = rows;
+                key_data[r] = keys[r].data();
+                index_data[r] = indexes[r].data();
+            }
+            merge(runs * rows, out(merged), out(merged_keys), positions, ends, nullptr, key_data, index_data);
+        },
+        [=] {
+            unsigned at[runs] = {};
+            for (unsigned i = 0; i < values; ++i) {
+                const unsigned r = next_run(at);
+                merged_keys[i] = keys[r][at[r]];
+                merged[i] = indexes[r][at[r]++];
+            }
+        },
+        values);
+}
+
+/// Row numbers of a virtual column.
+void register_virtual() {
+    const auto numbers = kernel<unary_func>(primitive::klassMap, L"ulng", {{L"ulng", L"vir"}});
+    static page_of<unsigned>& result = page<unsigned>(false);
+    compare(
+        "map_ulng_ulng_vir",
+        [=] {
+            numbers(rows, out(result), {nullptr, nullptr, sizeof(unsigned), rows, 0}, nullptr);
+        },
+        [] {
+            for (unsigned i = 0; i < rows; ++i) result[i] = i;
+        });
+}
+
 /// Ten million random keys with their index, beside std::sort of pairs of them; `ratio` is over that.
 void sort_many(benchmark::State& state, bool parallel) {
     constexpr unsigned count = 10000000;
     const auto sort = kernel<sort_func>(primitive::klassSort, L"asc", {col_of<unsigned>(), col_of<bigint>()});
-    std::vector<bigint> values(count);
+    page_of<bigint> values(count);
     for (bigint& value : values) value = static_cast<bigint>(random_bits()());
     std::vector<std::pair<bigint, unsigned>> pairs(count);
     for (unsigned i = 0; i < count; ++i) pairs[i] = {values[i], i};
@@ -499,7 +626,7 @@ void sort_many(benchmark::State& state, bool parallel) {
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
     const double plain = seconds([&] { std::sort(pairs.begin(), pairs.end()); });
-    std::vector<unsigned> index(count);
+    page_of<unsigned> index(count);
     for (auto _ : state) {
         for (unsigned i = 0; i < count; ++i) index[i] = i;
         unsigned char flags = parallel ? column_flags::parallel_sort : 0;
@@ -529,6 +656,8 @@ int main(int argc, char** argv) {
     qve::register_aggregates();
     qve::register_texts();
     qve::register_orders();
+    qve::register_multimerge();
+    qve::register_virtual();
     for (const bool parallel : {false, true}) {
         benchmark::RegisterBenchmark(parallel ? "sort_10M_bigint/parallel" : "sort_10M_bigint/one_thread",
                                      [parallel](benchmark::State& state) { qve::sort_many(state, parallel); })

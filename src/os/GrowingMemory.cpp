@@ -12,6 +12,7 @@ namespace qve {
 
 namespace {
 
+constexpr uint64_t cache_line = 64;
 constexpr uint64_t mapped = uint64_t{1} << 20;      // from this capacity on
 constexpr uint64_t large_page = uint64_t{2} << 20;  // of the usual processors
 
@@ -41,8 +42,11 @@ void GrowingMemory::Reserve(uint64_t capacity) {
     // Half as much again each time: the pages that nobody touches yet cost nothing.
     capacity = std::max({capacity, m_capacity + m_capacity / 2, uint64_t{64}});
     if (capacity < mapped) {
-        void* const bytes = std::realloc(m_bytes, capacity);
+        capacity = round_up(capacity, cache_line);
+        void* const bytes = std::aligned_alloc(cache_line, capacity);
         if (!bytes) throw std::bad_alloc();
+        if (m_size > 0) std::memcpy(bytes, m_bytes, m_size);
+        std::free(m_bytes);
         m_bytes = static_cast<char*>(bytes);
         m_capacity = capacity;
         return;

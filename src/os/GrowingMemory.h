@@ -6,7 +6,8 @@
 namespace qve {
 
 /// Bytes in memory whose number changes. A large block is moved by its pages when it grows, not copied, and asks the
-/// system for large pages, so that filling it costs few page faults.
+/// system for large pages, so that filling it costs few page faults. It begins at a cache line, so that no load of a
+/// vector, were it as wide as that, touches two.
 class GrowingMemory {
 public:
     GrowingMemory() = default;

@@ -60,6 +60,7 @@ struct month_addition {
 template <class Op>
 struct tick_addition {
     static constexpr const wchar_t* name = Op::name;
+    static constexpr bool nulls_apart = true;
     template <class R, class A, class B>
     static constexpr bool makes_nulls = true;
 
@@ -72,7 +73,9 @@ struct tick_addition {
         const long long count = b;
         const bool fits = count >= -most && count <= most;
         const duration shift = fits ? duration{count * Op::ticks} : datatraits<duration>::null;
-        if constexpr (std::is_same_v<A, date>) {
+        if constexpr (std::is_same_v<A, date> && Op::ticks == ticks_per_day && sizeof(B) <= sizeof(int)) {
+            return moved(a, static_cast<int>(b));
+        } else if constexpr (std::is_same_v<A, date>) {
             constexpr long long beyond = -(1LL << 62);  // every date
             return moved(a, fits ? count * (Op::ticks / ticks_per_day) : beyond);
         } else if constexpr (std::is_same_v<A, datetime>) {
@@ -107,6 +110,7 @@ struct day_difference {
 template <class Op>
 struct tick_difference {
     static constexpr const wchar_t* name = Op::name;
+    static constexpr bool nulls_apart = true;
     template <class R, class A, class B>
     static constexpr bool makes_nulls = true;
 
@@ -119,14 +123,15 @@ struct tick_difference {
 
     template <class R, class A, class B>
     [[gnu::always_inline]] static R apply(A a, B b) {
-        long long units = 0;
         if constexpr (in_days<A, B>) {
-            units = static_cast<long long>(b.value) - static_cast<long long>(a.value);
+            // In 32 bits: what does not fit has the wrong sign, and the lowest number is the null.
+            const int days = static_cast<int>(b.value - a.value);
+            return (days < 0) == (b.value < a.value) ? days : datatraits<int>::null;
         } else {
-            units = unit(count_ticks(b)) - unit(count_ticks(a));
+            const long long units = unit(count_ticks(b)) - unit(count_ticks(a));
+            const bool fits = units > std::numeric_limits<int>::min() && units <= std::numeric_limits<int>::max();
+            return fits ? static_cast<int>(units) : datatraits<int>::null;
         }
-        const bool fits = units > std::numeric_limits<int>::min() && units <= std::numeric_limits<int>::max();
-        return fits ? static_cast<int>(units) : datatraits<int>::null;
     }
 
 private:

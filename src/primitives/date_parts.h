@@ -116,6 +116,7 @@ struct day_truncation {
     /// Day 0 is the second of its month: what begins before it is null.
     template <class R, class A>
     static constexpr bool makes_nulls = true;
+    static constexpr bool nulls_apart = true;
     template <class R, class A>
     [[gnu::always_inline]] static R apply(A a) {
         return {Op::of(day_number(a))};

@@ -13,10 +13,8 @@ struct divide_op {
     template <class R, class A, class B>
     [[gnu::always_inline]] static R apply(A a, B b) {
         const bool zero = b == 0;
-        // The divisor is mended before and not chosen after, so that nothing traps.
         if constexpr (!std::is_same_v<R, duration>) {
-            const R divisor = static_cast<R>(b) + static_cast<R>(zero);
-            const R quotient = static_cast<R>(a) / divisor;
+            const R quotient = static_cast<R>(a) / static_cast<R>(b);
             return zero ? datatraits<R>::null : quotient;
         } else if constexpr (std::is_floating_point_v<B>) {
             const double divisor = static_cast<double>(b) + zero;

@@ -19,6 +19,8 @@ namespace qve {
 // and, optionally, as static constexpr bool:
 //   never_null                                   the result is never null, whatever the arguments
 //   makes_nulls<R, atoms...>                     whole arguments may still give a null
+//   nulls_apart                                  nulls are looked for in a pass of their own: beside the computation
+//                                                they would keep it from being vectorised
 //   vectorised                                   dense loops exist for the wider vector units too;
 //                                                as vectorised_for<R, atoms...> for some
 
@@ -39,6 +41,11 @@ constexpr bool never_null() {
 template <class Op, class R, class... A>
 constexpr bool makes_nulls() {
     if constexpr (requires { Op::template makes_nulls<R, A...>; }) return Op::template makes_nulls<R, A...>;
+    return false;
+}
+template <class Op>
+constexpr bool nulls_apart() {
+    if constexpr (requires { Op::nulls_apart; }) return Op::nulls_apart;
     return false;
 }
 template <class Op, class R, class... A>
@@ -74,7 +81,21 @@ struct map_kernel {
     /// ivdep and not restrict: an output may be the very vector of an input (rehash folds in place).
     template <bool Nulls>
     [[gnu::always_inline]] static unsigned dense(unsigned n, R* out, Views... views) {
-        if constexpr (!Nulls && !keeps_whole) {
+        if constexpr (Nulls || keeps_whole) {
+#pragma GCC ivdep
+            for (unsigned i = 0; i < n; ++i) out[i] = row<Nulls>(views[i]...);
+            return 0;
+        } else if constexpr (detail::nulls_apart<Op>()) {
+            constexpr unsigned block = 4096 / sizeof(R);
+            unsigned_of<R> made = 0;
+            for (unsigned base = 0; base < n; base += block) {
+                const unsigned end = n - base < block ? n : base + block;
+#pragma GCC ivdep
+                for (unsigned i = base; i < end; ++i) out[i] = row<false>(views[i]...);
+                for (unsigned i = base; i < end; ++i) made = static_cast<unsigned_of<R>>(made | is_null(out[i]));
+            }
+            return made != 0;
+        } else {
             unsigned_of<R> made = 0;
 #pragma GCC ivdep
             for (unsigned i = 0; i < n; ++i) {
@@ -83,10 +104,6 @@ struct map_kernel {
                 out[i] = result;
             }
             return made != 0;
-        } else {
-#pragma GCC ivdep
-            for (unsigned i = 0; i < n; ++i) out[i] = row<Nulls>(views[i]...);
-            return 0;
         }
     }
 

@@ -26,8 +26,33 @@ text_order compare_bytes(std::string_view a, std::string_view b) {
     return sign(a.compare(b));
 }
 
+uint64_t word(const char* p, unsigned bytes) {
+    uint64_t w = 0;
+    std::memcpy(&w, p, bytes);
+    return w;
+}
+
+// Most texts are short: words that may overlap cost less than a call.
+bool same_bytes(std::string_view a, std::string_view b) {
+    const size_t size = a.size();
+    if (size != b.size()) return false;
+    const char* const p = a.data();
+    const char* const q = b.data();
+    if (size > 32) return std::memcmp(p, q, size) == 0;
+    if (size >= 8) {
+        uint64_t differences = word(p + size - 8, 8) ^ word(q + size - 8, 8);
+        for (size_t i = 0; i + 8 < size; i += 8) differences |= word(p + i, 8) ^ word(q + i, 8);
+        return differences == 0;
+    }
+    if (size >= 4) return word(p, 4) == word(q, 4) && word(p + size - 4, 4) == word(q + size - 4, 4);
+    for (size_t i = 0; i < size; ++i) {
+        if (p[i] != q[i]) return false;
+    }
+    return true;
+}
+
 text_order equal_bytes(std::string_view a, std::string_view b) {
-    return a == b ? text_equal : text_greater;
+    return same_bytes(a, b) ? text_equal : text_greater;
 }
 
 // Comparing two values of a collation costs much more than looking whether the same pair was just compared.
@@ -97,15 +122,22 @@ void compare_text(unsigned n, text_order* orders, const input_column& a, bool a_
         a.heap && b.heap && a.heap->stream() == b.heap->stream() && a.heap->stream() && !a.heap->stream()->IsResident();
     const auto values = [&](unsigned long long x, unsigned long long y, auto compare) {
         std::string_view p = left_values[x];
-        if (moves && p.data()) p = left_copy.assign(p);
+        if (moves && p.data()) [[unlikely]]
+            p = left_copy.assign(p);
         const std::string_view q = right_values[y];
         if (!p.data() || !q.data()) return null_order(!p.data(), !q.data());
         return compare(p, q);
     };
     if (how == method::bytes) {
-        const auto order = equality ? equal_bytes : compare_bytes;
-        compare_rows(n, orders, left, right, base, sel,
-                     [&](unsigned long long x, unsigned long long y) { return values(x, y, order); });
+        const auto compare_all = [&](auto order) {
+            compare_rows(n, orders, left, right, base, sel,
+                         [&](unsigned long long x, unsigned long long y) { return values(x, y, order); });
+        };
+        if (equality) {
+            compare_all([](std::string_view p, std::string_view q) { return equal_bytes(p, q); });
+        } else {
+            compare_all([](std::string_view p, std::string_view q) { return compare_bytes(p, q); });
+        }
         return;
     }
     const usrtype* left_type = a.heap->type();

@@ -62,27 +62,6 @@ long long signed_property(const usrprops& properties, usrpropkey key, long long 
     return number;
 }
 
-unsigned long long read_token(input_column column, unsigned long row, bool& null) {
-    const auto read = [&](auto sample) -> unsigned long long {
-        std::memcpy(&sample, column.values<char>() + row * sizeof sample, sizeof sample);
-        null = sample == static_cast<decltype(sample)>(~decltype(sample){0});
-        return sample;
-    };
-    switch (column.width) {
-        case 1:
-            return read(static_cast<unsigned char>(0));
-        case 2:
-            return read(static_cast<unsigned short>(0));
-        case 4:
-            return read(0U);
-        case 8:
-            return read(0ULL);
-        default:
-            null = true;
-            return 0;
-    }
-}
-
 }  // namespace
 
 usrtype::usrtype(usrprops properties) : usrtype(std::move(properties), {}) {}
@@ -222,9 +201,8 @@ void usrtype::put(output_column column, unsigned long row, const usratom& atom) 
 }
 
 void usrtype::get(input_column column, unsigned long row, usratom& atom) const {
-    bool null = true;
-    const unsigned long long token = read_token(column, row, null);
-    if (null || !column.heap) {
+    const unsigned long long token = load_token(column, row);
+    if (token == usrheap::null_token || !column.heap) {
         atom.assign_null(this);
     } else {
         column.heap->get(token, atom);

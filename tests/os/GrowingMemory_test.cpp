@@ -16,6 +16,7 @@ TEST(GrowingMemory, KeepsItsBytesWhileItGrows) {
         const std::string piece(1 + i * 37 % 70'000, static_cast<char>('a' + i % 26));
         memory.Append(piece.data(), piece.size());
         expected += piece;
+        ASSERT_EQ(reinterpret_cast<uintptr_t>(memory.data()) % 64, 0U);
     }
     EXPECT_EQ(std::string(memory.data(), memory.size()), expected);
 }
