@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-#include "algebra/ArrayGrouping.h"
 #include "algebra/GroupPartition.h"
 #include "algebra/HashGrouping.h"
 #include "algebra/OperatorVisitor.h"
-#include "algebra/RadixGrouping.h"
 #include "algebra/group_key_properties.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
@@ -133,47 +131,7 @@ void Aggr::SetGrouping(RefCntPtr<Grouping> grouping) {
 }
 
 std::wstring Aggr::GetGroupingName() const {
-    return m_groupingName.empty() ? MakeGrouping()->GetName() : m_groupingName;
-}
-
-RefCntPtr<Grouping> Aggr::MakeGrouping() const {
-    // A key of one value for all rows separates nothing.
-    std::vector<std::wstring> keys;
-    for (const std::wstring& key : m_keyNames) {
-        if (m_source->GetColumn(key)->GetStorageName() != Column::storageVal) keys.push_back(key);
-    }
-    constexpr CompareSemantics semantics = CompareSemantics::nullsMatch;
-    if (keys.empty()) return MakeRef<Grouping>(semantics);
-    if (const RefCntPtr<Exp> key = RadixGrouping::ResolveHash(*m_source, keys)) {
-        return MakeRef<RadixGrouping>(semantics, key, key);
-    }
-    if (keys.size() == 1) {
-        if (RefCntPtr<Grouping> grouping = ArrayGrouping::Resolve(*m_source, keys.front(), semantics)) {
-            return grouping;
-        }
-    }
-    const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, keys);
-    if (!hash) {
-        throw QVE_InvalidArgument(status::Aggr_ComputeGrouping,
-                                  "Aggr::ComputeGrouping: could not resolve hash function");
-    }
-    return MakeRef<HashGrouping>(semantics, hash, hash, keys, m_estimate);
-}
-
-void Aggr::ReplaceByHash() {
-    const auto key = std::find_if(m_keys.begin(), m_keys.end(), [](const CellCopier& copier) {
-        return copier.GetFrom()->GetStorageName() != Column::storageVal;
-    });
-    const std::vector<std::wstring> names = {key->GetTo()->GetName()};
-    const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, names);
-    if (!hash) {
-        throw QVE_InvalidArgument(status::Aggr_ComputeGrouping,
-                                  "Aggr::ComputeGrouping: could not resolve hash function");
-    }
-    const auto grouping =
-        MakeRef<HashGrouping>(CompareSemantics::nullsMatch, hash, hash, names, std::max(m_estimate, 2 * m_groupCount));
-    grouping->AdoptGroups(*key->GetTo(), m_groupCount);
-    SetGrouping(grouping);
+    return m_groupingName.empty() ? ChooseGrouping()->GetName() : m_groupingName;
 }
 
 void Aggr::ProcessData(unsigned pageSize) {
@@ -185,7 +143,7 @@ void Aggr::ProcessData(unsigned pageSize) {
         if (count == 0) continue;
         const unsigned* sel = m_source->GetSelection();
         if (m_keys.empty()) BindKeys();
-        if (!m_grouping) SetGrouping(MakeGrouping());
+        if (!m_grouping) SetGrouping(ChooseGrouping());
         const input_column groups = AssignGroups(count, extent, sel);
         for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Evaluate(count, extent, sel, m_source.get());
         Accumulate(count, groups, sel);

@@ -71,7 +71,9 @@ private:
     static constexpr unsigned mostGroups = ~0u - 2;
 
     void BindKeys();
-    RefCntPtr<Grouping> MakeGrouping() const;
+    std::vector<std::wstring> SeparatingKeys() const;
+    RefCntPtr<Grouping> ChooseGrouping() const;
+    RefCntPtr<Grouping> MakeGrouping(GroupingIdType strategy, const std::vector<std::wstring>& keys) const;
     void ReplaceByHash();
     input_column AssignGroups(unsigned count, unsigned extent, const unsigned* sel);
     void Accumulate(unsigned count, input_column groups, const unsigned* sel);

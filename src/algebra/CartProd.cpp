@@ -47,7 +47,7 @@ void CartProd::Bind(unsigned pageSize) {
     if (m_innerCount > std::numeric_limits<unsigned>::max()) {
         throw QVE_RangeError(status::CartProd_Rows, "CartProd: too many rows: " + std::to_string(m_innerCount));
     }
-    m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get());
+    m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get(), false);
     m_bound = true;
 }
 

@@ -10,18 +10,6 @@ namespace qve {
 /// A grouping by the value of an expression over the key columns: their hash, or the key itself packed into a number.
 class ExpGrouping : public Grouping {
 public:
-    /// The expressions for the rows that are looked up and for those that may become groups. A tree belongs to one
-    /// flow; where one flow does both, both are the same object.
-    ExpGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp);
-    ~ExpGrouping() override;
-
-    RefCntPtr<Context> MakeContext(const Namespace* rows, const Namespace* groups) const override;
-    input_column HashInsert(unsigned count, unsigned extent, const unsigned* sel, Context* context) const override;
-    input_column HashProbe(unsigned count, unsigned extent, const unsigned* sel, Context* context) const override;
-    /// The first row of each hash: rows with different hashes have different keys, so that none need be compared.
-    unsigned FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) override;
-
-protected:
     /// Binds the expressions to the rows on first use.
     class ExpContext : public Context {
     public:
@@ -32,6 +20,17 @@ protected:
     private:
         std::vector<const Exp*> m_bound;
     };
+
+    /// The expressions for the rows that are looked up and for those that may become groups. A tree belongs to one
+    /// flow; where one flow does both, both are the same object.
+    ExpGrouping(CompareSemantics semantics, RefCntPtr<Exp> probeExp, RefCntPtr<Exp> buildExp);
+    ~ExpGrouping() override;
+
+    RefCntPtr<Context> MakeContext(const Namespace* rows, const Namespace* groups) const override;
+    input_column HashInsert(unsigned count, unsigned extent, const unsigned* sel, Context* context) const override;
+    input_column HashProbe(unsigned count, unsigned extent, const unsigned* sel, Context* context) const override;
+    /// The first row of each hash: rows with different hashes have different keys, so that none need be compared.
+    unsigned FindInserts(unsigned count, unsigned* inserts, unsigned* retries, input_column hashes) override;
 
 private:
     const RefCntPtr<Exp> m_probeExp;

@@ -116,9 +116,20 @@ void Grouping::InsertHashes(unsigned count, const unsigned* rows, input_column h
     for (unsigned i = 0; i < count; ++i) InsertHash(hashes.values<unsigned>()[one ? 0 : rows[i]], first + i);
 }
 
-const std::wstring& Grouping::GetName() const {
-    static const std::wstring names[] = {L"Grouping", L"ArrayGrouping", L"RadixGrouping", L"HashGrouping"};
-    const auto id = static_cast<size_t>(NameId());
+const std::wstring& Grouping::GetName(GroupingIdType strategy) {
+    static const std::wstring names[] = {
+        L"Grouping",
+        L"FetchGrouping",
+        L"MergeGrouping",
+        L"RadixGrouping",
+        L"ArrayGrouping",
+        L"PerfectHashGrouping",
+        L"PerfectConcurrentHashGrouping",
+        L"HashGrouping",
+        L"ConcurrentHashGrouping",
+        L"SharedJoinGrouping",
+    };
+    const auto id = static_cast<size_t>(strategy);
     return names[id < std::size(names) ? id : 0];
 }
 

@@ -23,7 +23,18 @@ enum class CompareSemantics : unsigned {
 };
 
 /// The strategies of grouping, for display.
-enum class GroupingIdType : unsigned { none, array, radix, hash };
+enum class GroupingIdType : unsigned {
+    none,
+    fetch,
+    merge,
+    radix,
+    array,
+    perfectHash,
+    perfectConcurrentHash,
+    hash,
+    concurrentHash,
+    sharedJoin,
+};
 
 /// Assigns to each row a dense group number, so that equal keys get the same number. Shared by aggregation, whose
 /// groups are output rows, and by joins, whose groups are the distinct keys of the inner table. The class itself is the
@@ -131,13 +142,16 @@ public:
                                const unsigned* sel, Context* context);
 
     /// The display name of the strategy.
-    const std::wstring& GetName() const;
+    const std::wstring& GetName() const { return GetName(NameId()); }
+    static const std::wstring& GetName(GroupingIdType strategy);
     void SetSize(unsigned groups) { m_size = groups; }
     CompareSemantics GetSemantics() const { return m_semantics; }
 
 protected:
     /// The context of the pages of a join's inner table.
     virtual RefCntPtr<Context> MakeInnerContext(const Namespace* rows, const Namespace* groups) const;
+    /// Builds the inner table of a join and returns its row count. Raises 40231.
+    static uint64_t BuildInner(Table& inner, unsigned pageSize);
     /// Makes the column ".LINKS" for `rows` inner rows, all ones.
     void MakeLinkColumn(unsigned long long rows);
     /// Makes `next` the successor of the inner row `row`.

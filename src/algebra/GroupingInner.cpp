@@ -4,29 +4,17 @@
 #include <memory>
 #include <numeric>
 
-#include "algebra/ColumnExp.h"
 #include "algebra/Grouping.h"
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/Scan.h"
-#include "algebra/Select.h"
-#include "algebra/SelectExp.h"
 #include "algebra/status.h"
+#include "algebra/without_nulls.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 
 namespace qve {
 
 namespace {
-
-// The rows of a scan without a null in one of the columns.
-RefCntPtr<DataFlow> WithoutNulls(RefCntPtr<DataFlow> flow, const std::vector<std::wstring>& names) {
-    for (const std::wstring& name : names) {
-        const RefCntPtr<Column> column = flow->DescribeColumn(name);
-        if (column->HasProperty(usrpropkey::not_null)) continue;
-        flow = MakeRef<Select>(flow, MakeRef<SelectUnaryExp>(L"isnotnull", MakeRef<ColumnExp>(column)));
-    }
-    return flow;
-}
 
 // The chains of inner rows with equal keys, in the order of the rows.
 class LinkChains {
@@ -49,13 +37,18 @@ private:
 
 }  // namespace
 
+uint64_t Grouping::BuildInner(Table& inner, unsigned pageSize) {
+    const uint64_t rows = inner.Build(pageSize);
+    if (rows >= noGroup - 1) throw QVE_RangeError(status::Grouping_HashInner, "Grouping::HashInner: too many rows");
+    return rows;
+}
+
 bool Grouping::HashInner(const RefCntPtr<Table>& inner, const Namespace& keys, const std::vector<std::wstring>& names,
                          unsigned pageSize, const ProgressCallback* progress) {
-    const uint64_t rows = inner->Build(pageSize);
-    if (rows >= noGroup - 1) throw QVE_RangeError(status::Grouping_HashInner, "Grouping::HashInner: too many rows");
+    const uint64_t rows = BuildInner(*inner, pageSize);
     const auto scan = MakeRef<Scan>(inner, ColumnNames(names.begin(), names.end()));
     const RefCntPtr<DataFlow> flow =
-        m_semantics == CompareSemantics::nullsDiffer ? WithoutNulls(scan, names) : RefCntPtr<DataFlow>(scan);
+        m_semantics == CompareSemantics::nullsDiffer ? without_nulls(scan, names) : RefCntPtr<DataFlow>(scan);
     const RefCntPtr<Context> context = MakeInnerContext(flow.get(), &keys);
     SetSize(static_cast<unsigned>(rows));
 

@@ -49,8 +49,6 @@ protected:
     RefCntPtr<Context> MakeInnerContext(const Namespace* rows, const Namespace* groups) const override;
 
 private:
-    class HashContext;
-
     const std::vector<std::wstring> m_probeKeys;
     const std::vector<std::wstring> m_buildKeys;
     std::unique_ptr<cuckoo_hash<unsigned, unsigned>> m_table;

@@ -5,6 +5,7 @@
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/OperatorVisitor.h"
 #include "algebra/ProgressCallbackImpl.h"
+#include "algebra/SharedJoinGrouping.h"
 #include "metrics/Scope.h"
 #include "storage/Column.h"
 #include "telemetry/LogScopeTime.h"
@@ -79,6 +80,8 @@ void Join::HashInner(unsigned pageSize) {
     scope.NameValue("type", JoinTypeToStr(m_type));
     LogScopeTime time("Join::HashInner", 1.0);
 
+    const auto lock = m_shared ? m_shared->LockInner() : std::unique_lock<std::mutex>();
+    CheckCancelled();
     // The consumers' columns are bound to the dictionaries of the inner table once it is built.
     for (const auto& entry : m_columns) GetColumn(entry.first);
     const unsigned buildSize = std::max(pageSize, buildRows);
@@ -86,7 +89,7 @@ void Join::HashInner(unsigned pageSize) {
     time.SetNumber(m_innerCount);
     EnforceCompatibility(buildSize);
     ChooseGrouping(buildSize);
-    m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get());
+    m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get(), m_shared != nullptr);
     m_linkColumn = FollowsLinks() ? m_grouping->GetLinks() : nullptr;
     if (m_linkColumn) {
         m_linkColumn->Seek(0, m_innerCount);

@@ -14,6 +14,8 @@
 
 namespace qve {
 
+class SharedJoinGrouping;
+
 /// Pairs the rows of a flow with those of a table that have equal keys. The inner table is built and loaded into a
 /// grouping with the first page; then each outer page passes through untouched, narrowed to the rows that have a match,
 /// with the first match of each row imported beside it. The further matches of a page follow in pages of their own,
@@ -52,8 +54,23 @@ public:
     RefCntPtr<Column> LookupColumn(const std::wstring& name) const override;
 
     /// Installs a grouping before the first page, in place of one of the join's own choice, or drops it when null.
+    /// A SharedJoinGrouping makes it one of several joins that share what they build. Raises QVE_InvalidArgument 40229
+    /// for a grouping by which nulls compare in another way.
     void SetGrouping(RefCntPtr<Grouping> grouping);
     const RefCntPtr<Grouping>& GetGrouping() const { return m_grouping; }
+
+    /// A grouping that holds the inner rows, and the inner key columns that go with it.
+    struct LoadedGrouping {
+        RefCntPtr<Grouping> grouping;
+        RefCntPtr<Table> keys;
+    };
+    /// Loads the inner rows by the first strategy that takes them. Raises 40228. For SharedJoinGrouping, when the inner
+    /// table is built.
+    LoadedGrouping LoadGrouping(unsigned pageSize) const;
+    /// A grouping of the strategy, not loaded; null when its rules do not allow it for these keys.
+    RefCntPtr<Grouping> MakeGrouping(GroupingIdType strategy) const;
+    /// Whether the strategy compares rows with the cells of the inner keys.
+    static bool ComparesCells(GroupingIdType strategy);
 
     const RefCntPtr<Table>& GetInner() const { return m_inner; }
     const NamePairs& GetKeys() const { return m_keys; }
@@ -91,7 +108,9 @@ private:
     bool KeepsInner() const { return m_type == RightJoin || m_type == FullJoin; }
     unsigned NextOuter(unsigned pageSize);
     void ChooseGrouping(unsigned pageSize);
-    bool TryGrouping(RefCntPtr<Grouping> grouping, const RefCntPtr<Table>& keys, unsigned pageSize);
+    std::vector<GroupingIdType> Strategies() const;
+    void DescribeGrouping() const;
+    bool AreCellsAlike() const;
     RefCntPtr<Table> CopyKeys() const;
     void CheckCancelled() const;
 
@@ -113,6 +132,7 @@ private:
     std::vector<RefCntPtr<Exp>> m_innerCasts;
 
     RefCntPtr<Grouping> m_grouping;
+    RefCntPtr<SharedJoinGrouping> m_shared;  // the grouping, when it is one
     RefCntPtr<Grouping::Context> m_context;
     mutable JoinColumns m_shown;
     Phase m_phase = Phase::unhashed;

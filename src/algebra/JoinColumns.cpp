@@ -74,8 +74,9 @@ RefCntPtr<Column> JoinColumns::AddInner(RefCntPtr<Column> inner, const std::wstr
     return shown;
 }
 
-void JoinColumns::BindInner(uint64_t start, uint64_t count, const ProgressCallback* progress) {
+void JoinColumns::BindInner(uint64_t start, uint64_t count, const ProgressCallback* progress, bool forked) {
     for (Inner& column : m_inner) {
+        if (forked) column.source = column.source->Fork(true);
         adopt_cells(*column.shown, *column.source);
         column.cells = std::make_unique<WholeColumn>(*column.source, start, count, progress);
         column.fetch = ResolveFetch(*column.source);

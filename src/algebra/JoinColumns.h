@@ -33,8 +33,9 @@ public:
     /// The column to show for a column of the inner table.
     RefCntPtr<Column> AddInner(RefCntPtr<Column> inner, const std::wstring& name);
 
-    /// Takes the cells of the inner columns, of `count` rows from `start` on, once the table is built.
-    void BindInner(uint64_t start, uint64_t count, const ProgressCallback* progress);
+    /// Takes the cells of the inner columns, of `count` rows from `start` on, once the table is built. With `forked`,
+    /// others may read the columns at the same time.
+    void BindInner(uint64_t start, uint64_t count, const ProgressCallback* progress, bool forked);
 
     /// Shows the page of the outer flow itself.
     void PassOuter();

@@ -5,14 +5,20 @@
 #include "algebra/ArrayGrouping.h"
 #include "algebra/CastExp.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/ConcurrentHashGrouping.h"
 #include "algebra/ConstantExp.h"
+#include "algebra/FetchGrouping.h"
 #include "algebra/FlowTable.h"
+#include "algebra/ForcedGrouping.h"
 #include "algebra/HashGrouping.h"
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
+#include "algebra/MergeGrouping.h"
+#include "algebra/PerfectHashGrouping.h"
 #include "algebra/Project.h"
 #include "algebra/RadixGrouping.h"
 #include "algebra/Scan.h"
+#include "algebra/SharedJoinGrouping.h"
 #include "algebra/status.h"
 #include "primitives/primitive.h"
 #include "storage/Column.h"
@@ -65,6 +71,13 @@ std::wstring AddCast(const std::wstring& name, const Column& column, const usrty
     return key;
 }
 
+// The one key column of an outer flow, to be looked up as it is.
+RefCntPtr<Exp> ResolveKeyColumn(const Namespace& input, const std::vector<std::wstring>& keys) {
+    if (keys.size() != 1) return nullptr;
+    const RefCntPtr<Column> column = input.DescribeColumn(keys.front());
+    return column->GetStorageName() == Column::storageCol ? MakeRef<ColumnExp>(column) : nullptr;
+}
+
 RefCntPtr<Column> CopyColumn(Column& column, uint64_t start, uint64_t count, const ProgressCallback* progress) {
     usrprops properties = column.GetProperties();
     for (const usrpropkey key : {usrpropkey::encoding, usrpropkey::storagetype}) properties.erase(key);
@@ -101,7 +114,8 @@ void Join::EnforceCompatibility(unsigned pageSize) {
         for (const auto& [outer, inner] : m_keys) names.insert(inner);
         const auto cast = MakeRef<Project>(MakeRef<Scan>(m_inner, names), m_innerCasts);
         m_keyTable = MakeRef<FlowTable>(cast, 0);
-        m_keyTable->Build(pageSize);
+        // Of joins that share the inner table, the first alone reads its keys.
+        if (!m_shared || m_shared->GetSize() == 0) m_keyTable->Build(pageSize);
     }
     const bool enforced = !m_outerCasts.empty() || !m_innerCasts.empty();
     if (enforced && VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "JOIN Enforced";
@@ -119,48 +133,123 @@ RefCntPtr<Table> Join::CopyKeys() const {
 
 void Join::SetGrouping(RefCntPtr<Grouping> grouping) {
     m_context.reset();
+    m_shared.reset();
     m_grouping = std::move(grouping);
     if (!m_grouping) return;
     if (m_grouping->GetSemantics() != m_semantics) {
         throw QVE_InvalidArgument(status::Join_SetGrouping, "Join::SetGrouping: other semantics of nulls");
     }
+    m_shared = DynamicPtrCast<SharedJoinGrouping>(m_grouping);
+    if (m_grouping->NameId() != GroupingIdType::sharedJoin) DescribeGrouping();
+}
+
+void Join::DescribeGrouping() const {
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "JOIN " << m_grouping->GetName();
 }
 
-bool Join::TryGrouping(RefCntPtr<Grouping> grouping, const RefCntPtr<Table>& keys, unsigned pageSize) {
-    if (!grouping || !grouping->HashInner(m_keyTable, *keys, m_innerKeys, pageSize, m_progress.get())) return false;
-    SetGrouping(std::move(grouping));
-    m_keyCells = keys;
-    m_context = m_grouping->MakeContext(m_outer.get(), m_keyCells.get());
-    return true;
+bool Join::ComparesCells(GroupingIdType strategy) {
+    return strategy == GroupingIdType::hash || strategy == GroupingIdType::concurrentHash;
+}
+
+RefCntPtr<Grouping> Join::MakeGrouping(GroupingIdType strategy) const {
+    using Resolve = RefCntPtr<Exp> (*)(const Namespace&, const std::vector<std::wstring>&);
+    if (m_keys.empty()) return strategy == GroupingIdType::none ? MakeRef<Grouping>(m_semantics) : nullptr;
+    const auto size = static_cast<unsigned>(m_innerCount);
+    // A strategy of the classes that compare nothing; where the cells of dictionaries do not stand for the values of
+    // both sides, there is none.
+    const auto both = [this](Resolve outer, Resolve inner, auto make) -> RefCntPtr<Grouping> {
+        const RefCntPtr<Exp> probe = AreCellsAlike() ? outer(*m_outer, m_outerKeys) : nullptr;
+        const RefCntPtr<Exp> build = probe ? inner(*m_keyTable, m_innerKeys) : nullptr;
+        return build ? make(probe, build) : nullptr;
+    };
+    switch (strategy) {
+        case GroupingIdType::fetch:
+            return both(ResolveKeyColumn, FetchGrouping::ResolveHash, [this](const auto& probe, const auto& build) {
+                return MakeRef<FetchGrouping>(m_semantics, probe, build);
+            });
+        case GroupingIdType::merge: {
+            NamePairs pairs;
+            for (size_t i = 0; i < m_outerKeys.size(); ++i) pairs.emplace_back(m_outerKeys[i], m_innerKeys[i]);
+            const auto conditions = MergeGrouping::ResolveMerge(*m_outer, *m_keyTable, pairs);
+            return conditions.empty() ? nullptr : MakeRef<MergeGrouping>(m_semantics, conditions);
+        }
+        case GroupingIdType::radix:
+            return both(RadixGrouping::ResolveHash, RadixGrouping::ResolveHash,
+                        [this](const auto& probe, const auto& build) {
+                            return MakeRef<RadixGrouping>(m_semantics, probe, build);
+                        });
+        case GroupingIdType::array:
+            if (m_keys.size() > 1 || !AreCellsAlike()) return nullptr;
+            return ArrayGrouping::ResolveJoin(*m_outer, m_outerKeys[0], *m_keyTable, m_innerKeys[0], m_semantics);
+        case GroupingIdType::perfectHash:
+            return both(PerfectHashGrouping::ResolveHash, PerfectHashGrouping::ResolveHash,
+                        [&](const auto& probe, const auto& build) {
+                            return MakeRef<PerfectHashGrouping>(m_semantics, probe, build, size);
+                        });
+        case GroupingIdType::perfectConcurrentHash:
+            return both(PerfectHashGrouping::ResolveHash, PerfectHashGrouping::ResolveHash,
+                        [this](const auto& probe, const auto& build) {
+                            return MakeRef<PerfectConcurrentHashGrouping>(m_semantics, probe, build, m_outerKeys,
+                                                                          m_innerKeys);
+                        });
+        case GroupingIdType::hash:
+        case GroupingIdType::concurrentHash: {
+            const bool tokens = AreCellsAlike();
+            const RefCntPtr<Exp> probe = HashGrouping::ResolveHash(*m_outer, m_outerKeys, tokens);
+            const RefCntPtr<Exp> build = HashGrouping::ResolveHash(*m_keyTable, m_innerKeys, tokens);
+            if (!probe || !build) return nullptr;
+            if (strategy == GroupingIdType::hash) {
+                return MakeRef<HashGrouping>(m_semantics, probe, build, m_outerKeys, m_innerKeys, size);
+            }
+            return MakeRef<ConcurrentHashGrouping>(m_semantics, probe, build, m_outerKeys, m_innerKeys, tokens);
+        }
+        default:
+            return nullptr;
+    }
+}
+
+std::vector<GroupingIdType> Join::Strategies() const {
+    if (m_keys.empty()) return {GroupingIdType::none};
+    std::vector<GroupingIdType> strategies = {GroupingIdType::fetch};
+    if (VQLEvaluatorSettings::GetUseMergeGrouping()) strategies.push_back(GroupingIdType::merge);
+    strategies.push_back(GroupingIdType::radix);
+    strategies.push_back(GroupingIdType::array);
+    const bool parallel = VQLEvaluatorSettings::GetUseParallelHashing();
+    strategies.push_back(parallel ? GroupingIdType::perfectConcurrentHash : GroupingIdType::perfectHash);
+    strategies.push_back(parallel ? GroupingIdType::concurrentHash : GroupingIdType::hash);
+    return ForcedGrouping::Order(std::move(strategies));
+}
+
+Join::LoadedGrouping Join::LoadGrouping(unsigned pageSize) const {
+    RefCntPtr<Table> copies;
+    for (const GroupingIdType strategy : Strategies()) {
+        const RefCntPtr<Grouping> grouping = MakeGrouping(strategy);
+        if (!grouping) continue;
+        const bool copied = ComparesCells(strategy) || grouping->CanHashInnerConcurrently();
+        if (copied && !copies) copies = CopyKeys();
+        const RefCntPtr<Table>& keys = copied ? copies : m_keyTable;
+        if (grouping->HashInner(m_keyTable, *keys, m_innerKeys, pageSize, m_progress.get())) return {grouping, keys};
+    }
+    throw QVE_InvalidArgument(status::Join_ChooseGrouping, "Join::ChooseGrouping: could not resolve hash function");
 }
 
 void Join::ChooseGrouping(unsigned pageSize) {
-    if (m_keys.empty()) {
-        TryGrouping(MakeRef<Grouping>(m_semantics), m_keyTable, pageSize);
-        return;
+    if (m_shared) {
+        m_shared->BudgetInner(m_inner, pageSize);
+        m_keyCells = m_shared->GetKeyCells();
+        DescribeGrouping();
+    } else {
+        LoadedGrouping loaded = LoadGrouping(pageSize);
+        SetGrouping(std::move(loaded.grouping));
+        m_keyCells = std::move(loaded.keys);
     }
-    const bool plain = std::none_of(m_innerKeys.begin(), m_innerKeys.end(), [this](const std::wstring& name) {
-        return m_keyTable->DescribeColumn(name)->IsCompressed();
-    });
-    if (plain) {
-        const RefCntPtr<Exp> probe = RadixGrouping::ResolveHash(*m_outer, m_outerKeys);
-        const RefCntPtr<Exp> build = probe ? RadixGrouping::ResolveHash(*m_keyTable, m_innerKeys) : nullptr;
-        if (build && TryGrouping(MakeRef<RadixGrouping>(m_semantics, probe, build), m_keyTable, pageSize)) return;
-        if (m_keys.size() == 1 &&
-            TryGrouping(ArrayGrouping::ResolveJoin(*m_outer, m_outerKeys[0], *m_keyTable, m_innerKeys[0], m_semantics),
-                        m_keyTable, pageSize)) {
-            return;
-        }
-    }
-    const RefCntPtr<Exp> probe = HashGrouping::ResolveHash(*m_outer, m_outerKeys, plain);
-    const RefCntPtr<Exp> build = HashGrouping::ResolveHash(*m_keyTable, m_innerKeys, plain);
-    if (!probe || !build ||
-        !TryGrouping(MakeRef<HashGrouping>(m_semantics, probe, build, m_outerKeys, m_innerKeys,
-                                           static_cast<unsigned>(m_innerCount)),
-                     CopyKeys(), pageSize)) {
-        throw QVE_InvalidArgument(status::Join_ChooseGrouping, "Join::ChooseGrouping: could not resolve hash function");
-    }
+    m_context = m_grouping->MakeContext(m_outer.get(), m_keyCells.get());
+}
+
+// Whether cells of both sides are of one kind: none is a token.
+bool Join::AreCellsAlike() const {
+    return std::none_of(m_innerKeys.begin(), m_innerKeys.end(),
+                        [this](const std::wstring& name) { return m_keyTable->DescribeColumn(name)->IsCompressed(); });
 }
 
 }  // namespace qve

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 
-#include "algebra/ColumnExp.h"
-#include "algebra/HashExp.h"
 #include "algebra/direct_table.h"
-#include "storage/Column.h"
-#include "system/QuillonException.h"
+#include "algebra/packed_keys.h"
 
 namespace qve {
 
@@ -42,13 +39,6 @@ auto WithKeys(const input_column& hashes, F f) {
         default:
             return f(hashes.values<unsigned>());
     }
-}
-
-// Whether the cells of a column stand for its values: they are the values, or tokens that are unique.
-bool CellsAreKeys(const Column& column) {
-    if (column.IsCompressed()) return column.HasProperty(usrpropkey::distinct);
-    return column.GetDataType() != DataType::real && column.GetDataType() != DataType::usr &&
-           column.GetDataType() != DataType::spatial;
 }
 
 }  // namespace
@@ -99,27 +89,7 @@ GroupingIdType RadixGrouping::NameId() const {
 }
 
 RefCntPtr<Exp> RadixGrouping::ResolveHash(const Namespace& input, const std::vector<std::wstring>& keys) {
-    unsigned bits = 0;
-    for (const std::wstring& key : keys) {
-        const RefCntPtr<Column> column = input.DescribeColumn(key);
-        if (!CellsAreKeys(*column) || column->GetStorageName() != Column::storageCol) return nullptr;
-        bits += column->GetTokenSize() * 8;
-    }
-    if (keys.empty() || bits > tableBits) return nullptr;
-    if (keys.size() == 1) return MakeRef<ColumnExp>(input.DescribeColumn(keys.front()));
-
-    RefCntPtr<HashExp> packed;
-    for (const std::wstring& key : keys) {
-        const RefCntPtr<Column> column = input.DescribeColumn(key);
-        packed = MakeRef<HashExp>(L"RadixCast", packed ? L"radixgrp" : L"radixhash", MakeRef<ColumnExp>(column), true,
-                                  packed);
-    }
-    try {
-        packed->AllocateColumn(&input);
-    } catch (const QVE_InvalidArgument&) {
-        return nullptr;  // no kernel for one of the types
-    }
-    return packed;
+    return resolve_packed_keys(input, keys, tableBits, L"RadixCast");
 }
 
 }  // namespace qve

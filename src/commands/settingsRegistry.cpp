@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "algebra/Append.h"
+#include "algebra/ForcedGrouping.h"
 #include "commands/status.h"
 #include "metrics/MetricsManager.h"
 #include "os/BudgetedMemory.h"
@@ -79,6 +80,7 @@ std::vector<Setting> MakeRegistry() {
              Evaluator::GetDefaultOrderPreservingExchange),
         Flag(L"DefaultOrderedAggregates", Evaluator::SetDefaultOrderedAggregates,
              Evaluator::GetDefaultOrderedAggregates),
+        {.name = L"ForcedGrouping", .setString = ForcedGrouping::Set, .getString = ForcedGrouping::GetName},
         Number(L"MaxConcurrency", Evaluator::SetMaxConcurrency, Evaluator::GetMaxConcurrency),
         Number(L"MaxQueryTokenCount", Evaluator::SetMaxQueryTokenCount, Evaluator::GetMaxQueryTokenCount),
         Flag(

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "algebra/Append.h"
+#include "algebra/ForcedGrouping.h"
 #include "algebra/TableSorter.h"
 #include "ingest/TextScan.h"
 #include "ingest/TranscodingDataStream.h"
@@ -82,6 +83,9 @@ void ApplySettings(const usrprops& configuration) {
         VQLQueryEvaluator::SetRemoteServerDescs(SplitAtCommas(*servers));
     }
     settings.Flag(usrpropkey::MergeGrouping, VQLQueryEvaluator::SetUseMergeGrouping);
+    if (const std::wstring* grouping = configuration.get(UsrPropKey_FromString(L"ForcedGrouping"))) {
+        ForcedGrouping::Set(*grouping);
+    }
     settings.Number(usrpropkey::work_buffer_size,
                     [](std::uint64_t megabytes) { DataStream::SetWorkBufferSize(std::max(1U, Clamp(megabytes))); });
     settings.Number(UsrPropKey_FromString(L"memory-budget"),

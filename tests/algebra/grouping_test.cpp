@@ -4,8 +4,12 @@
 
 #include "algebra/ArrayGrouping.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/ConcurrentHashGrouping.h"
+#include "algebra/FetchGrouping.h"
 #include "algebra/GroupPartition.h"
 #include "algebra/HashGrouping.h"
+#include "algebra/MergeGrouping.h"
+#include "algebra/PerfectHashGrouping.h"
 #include "algebra/RadixCluster.h"
 #include "algebra/RadixGrouping.h"
 #include "storage/stream/TempFileDataStream.h"
@@ -192,6 +196,111 @@ TEST(ArrayGrouping, RefusesARangeThatNoArrayIsGoodFor) {
     EXPECT_TRUE(grouping->Accepts(1, nullOnly, hashes));
     const unsigned last[] = {1};
     EXPECT_TRUE(grouping->Accepts(1, last, hashes));
+}
+
+TEST(PerfectHashGrouping, NumbersEveryKeyOfThirtyTwoBits) {
+    std::mt19937 random(seed);
+    for (const wchar_t* type : {L"long", L"ulng", L"date"}) {
+        SampleOptions options;
+        options.distinct = 4000;
+        options.nulls = 0.05;
+        options.spread = 100003;
+        const RefCntPtr<Column> keys = SampleColumn(type, L"k", 9000, options, random);
+        const auto rows = TableOf({keys});
+        const auto groups = TableOf({MakeRef<Column>(*keys, MakeRef<TempFileDataStream>())});
+        const auto hash = PerfectHashGrouping::ResolveHash(*MakeRef<Scan>(rows), {L"k"});
+        ASSERT_TRUE(hash);
+        Owner owner(MakeRef<PerfectHashGrouping>(CompareSemantics::nullsMatch, hash, hash, 0), rows, groups, L"k");
+        EXPECT_EQ(owner.Run(100), NaiveGroups(Cells(*keys)));
+    }
+    const auto pair = MakeRef<Scan>(TableOf({ColumnOf(L"short", L"a", {"1"}), ColumnOf(L"usht", L"b", {"1"}),
+                                             ColumnOf(L"tiny", L"c", {"1"}), ColumnOf(L"double", L"d", {"1"})}));
+    EXPECT_TRUE(PerfectHashGrouping::ResolveHash(*pair, {L"a", L"b"}));
+    EXPECT_FALSE(PerfectHashGrouping::ResolveHash(*pair, {L"a", L"b", L"c"}));
+    EXPECT_FALSE(PerfectHashGrouping::ResolveHash(*pair, {L"d"}));
+    EXPECT_FALSE(PerfectHashGrouping::ResolveHash(*pair, {L"c"}));  // for the direct table
+}
+
+TEST(FetchGrouping, NumbersRowsInTheOrderOfTheirKeys) {
+    const std::vector<std::string> keys = {"NULL", "3", "3", "3", "4", "9", "9", "12"};
+    const auto ordered = [&] {
+        const RefCntPtr<Column> column = ColumnOf(L"long", L"k", keys);
+        column->SetProperty(usrpropkey::ordered, L"asc");
+        return column;
+    };
+    for (const unsigned pageSize : {1u, 3u, 100u}) {
+        const auto rows = TableOf({ordered()});
+        const auto groups = TableOf({MakeRef<Column>(*ordered(), MakeRef<TempFileDataStream>())});
+        const auto partition = FetchGrouping::ResolvePartition(*MakeRef<Scan>(rows), {L"k"});
+        ASSERT_TRUE(partition);
+        Owner owner(MakeRef<FetchGrouping>(CompareSemantics::nullsMatch, partition, partition), rows, groups, L"k");
+        EXPECT_EQ(owner.Run(pageSize), NaiveGroups(keys));
+    }
+    EXPECT_FALSE(FetchGrouping::ResolvePartition(*MakeRef<Scan>(TableOf({ColumnOf(L"long", L"k", keys)})), {L"k"}));
+}
+
+TEST(FetchGrouping, TakesColumnsThatLeadASortOrder) {
+    const auto at = [](const wchar_t* name, const wchar_t* position) {
+        const RefCntPtr<Column> column = ColumnOf(L"long", name, {"1"});
+        if (*position) column->SetProperty(usrpropkey::sort_position, position);
+        return column;
+    };
+    const auto rows = MakeRef<Scan>(TableOf({at(L"a", L"0"), at(L"b", L"1"), at(L"c", L"2"), at(L"d", L"")}));
+    EXPECT_TRUE(FetchGrouping::ResolvePartition(*rows, {L"b", L"a"}));
+    EXPECT_FALSE(FetchGrouping::ResolvePartition(*rows, {L"a", L"c"}));
+    EXPECT_FALSE(FetchGrouping::ResolvePartition(*rows, {L"b"}));
+    EXPECT_FALSE(FetchGrouping::ResolvePartition(*rows, {L"a", L"d"}));
+}
+
+TEST(MergeGrouping, NeedsOneCondition) {
+    const auto rows = MakeRef<Scan>(TableOf({ColumnOf(L"long", L"k", {"1"})}));
+    const auto key = MakeRef<ColumnExp>(L"k");
+    const auto with = [&](MergeGrouping::Conditions conditions) {
+        return StatusOf([&] {
+            MakeRef<MergeGrouping>(CompareSemantics::nullsMatch, conditions)->MakeContext(rows.get(), nullptr);
+        });
+    };
+    EXPECT_EQ(with({}), 40219);
+    EXPECT_EQ(with({{key, key}, {key, key}}), 40220);
+    EXPECT_EQ(with({{key, key}}), 0);
+}
+
+TEST(ConcurrentHashGrouping, SeparatesKeysOfOneHashAndChainsEqualOnes) {
+    // Numbers of which some have one hash, each three times.
+    std::map<unsigned, std::vector<double>> byHash;
+    for (int i = 0; i < 250000; ++i) byHash[atom_hash(static_cast<double>(i))].push_back(i);
+    std::vector<double> values;
+    for (const auto& [hash, colliding] : byHash) {
+        if (colliding.size() > 1) values.insert(values.end(), colliding.begin(), colliding.end());
+    }
+    const auto distinct = static_cast<unsigned>(values.size());
+    ASSERT_GE(distinct, 4u);
+    for (unsigned i = 0; i < 2 * distinct; ++i) values.push_back(values[i]);
+    values.resize(200000, -1.0);  // several tasks
+
+    const auto rows = DoublesTable(values);
+    const auto scan = MakeRef<Scan>(DoublesTable(values));
+    const auto hash = HashGrouping::ResolveHash(*scan, {L"k"});
+    const std::vector<std::wstring> names = {L"k"};
+    const auto grouping = MakeRef<ConcurrentHashGrouping>(CompareSemantics::nullsDiffer, hash, hash, names, names);
+    ASSERT_TRUE(grouping->HashInner(rows, *rows, names, 1000, nullptr));
+    EXPECT_TRUE(grouping->HasCollisions());
+    EXPECT_TRUE(grouping->CanHashInnerConcurrently());
+    grouping->GetLinks()->Seek(0, values.size());
+    const unsigned* links = grouping->GetLinks()->GetInput().values<unsigned>();
+
+    const auto context = grouping->MakeContext(scan.get(), rows.get());
+    const unsigned count = scan->Next(3 * distinct);
+    std::vector<unsigned> groups(count), hits(count + 1);
+    const input_column hashes = grouping->HashProbe(count, count, nullptr, context.get());
+    unsigned char flags = 0;
+    const output_column out{groups.data(), nullptr, sizeof(unsigned), count, &flags};
+    EXPECT_EQ(grouping->ProbeHits(count, hits.data(), out, hashes, nullptr, context.get()), count);
+    for (unsigned i = 0; i < count; ++i) {
+        EXPECT_EQ(groups[i], i % distinct);
+        EXPECT_EQ(links[i], i + distinct < 3 * distinct ? i + distinct : Grouping::noGroup);
+    }
+    EXPECT_EQ(links[values.size() - 2], values.size() - 1);
 }
 
 TEST(Grouping, WithoutKeysThereIsOneGroupOnceThereIsARow) {

@@ -25,6 +25,21 @@ const std::vector<ServerSetting>& ServerSettings() {
     return settings;
 }
 
+const std::vector<ServerSetting>& GroupingSettings() {
+    static const std::vector<ServerSetting> settings = {
+        {"merge_and_parallel", "MergeGrouping:true\nparallelhashing:true\n"},
+        {"fetch", "ForcedGrouping:FetchGrouping\n", true, false,
+         "(settings set global \"DefaultOrderedAggregates\" false)"},
+        {"merge", "ForcedGrouping:MergeGrouping\n"},
+        {"array", "ForcedGrouping:ArrayGrouping\n"},
+        {"perfect_hash", "ForcedGrouping:PerfectHashGrouping\n"},
+        {"perfect_concurrent_hash", "ForcedGrouping:PerfectConcurrentHashGrouping\n"},
+        {"hash", "ForcedGrouping:HashGrouping\n"},
+        {"concurrent_hash", "ForcedGrouping:ConcurrentHashGrouping\n"},
+    };
+    return settings;
+}
+
 TestServer::TestServer(const ServerSetting& setting) : m_setting(setting), m_folder(m_scratch.GetPath()) {
     const fs::path config = m_folder / "qveconfig.yaml";
     std::ofstream(config) << setting.configuration;
@@ -33,6 +48,7 @@ TestServer::TestServer(const ServerSetting& setting) : m_setting(setting), m_fol
     m_process.emplace(config.string());
     m_client.emplace(m_process->GetDescriptor());
     m_client->Run("(create database \"" + (m_folder / "test.db").string() + "\")");
+    if (!setting.command.empty()) m_client->Run(setting.command);
 }
 
 TestServer::~TestServer() {

@@ -16,11 +16,14 @@ struct ServerSetting {
     std::string name;
     std::string configuration;
     bool vectors = true;
-    bool plans = false;  ///< each query is run by the text of its plan
+    bool plans = false;        ///< each query is run by the text of its plan
+    std::string command = {};  ///< a statement to begin with
 };
 
 /// The settings under which every query is to give the same rows.
 const std::vector<ServerSetting>& ServerSettings();
+/// The same with each strategy of grouping first where it is valid, and with those that are off by default.
+const std::vector<ServerSetting>& GroupingSettings();
 
 /// A server of its own with an empty database, which go with the object; with QVE_TEST_KEEP in the environment the
 /// files stay.

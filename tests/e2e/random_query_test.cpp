@@ -146,5 +146,8 @@ TEST_P(RandomQueryTest, RunsOnWithFreshSeeds) {
 INSTANTIATE_TEST_SUITE_P(Settings, RandomQueryTest, testing::ValuesIn(ServerSettings()),
                          [](const auto& info) { return info.param.name; });
 
+INSTANTIATE_TEST_SUITE_P(Groupings, RandomQueryTest, testing::ValuesIn(GroupingSettings()),
+                         [](const auto& info) { return info.param.name; });
+
 }  // namespace
 }  // namespace qve::test
