@@ -171,21 +171,23 @@ RefCntPtr<Exp> FetchGrouping::ResolveHash(const Namespace& input, const std::vec
 RefCntPtr<Exp> FetchGrouping::ResolvePartition(const Namespace& input, const std::vector<std::wstring>& keys) {
     if (keys.empty()) return nullptr;
     // Rows that agree in the first columns of a sort order lie side by side; so do those that agree in columns each of
-    // which is in order by itself, and those that agree in both.
-    const std::vector<Namespace::SortSpec> specs = Namespace::BuildSortSpecs(input);
-    std::vector<bool> covered(specs.size());
+    // which is in order by itself, and those that agree in both. The input may have lost a column of the sort order, so
+    // that what counts is the positions.
+    std::vector<uint64_t> positions;
     std::vector<RefCntPtr<Exp>> arguments;
     for (const std::wstring& key : keys) {
         const RefCntPtr<Column> column = input.DescribeColumn(key);
-        const auto spec = std::find_if(specs.begin(), specs.end(), [&](const auto& s) { return s.name == key; });
-        if (spec != specs.end()) {
-            covered[spec - specs.begin()] = true;
+        if (column->HasProperty(usrpropkey::sort_position)) {
+            positions.push_back(column->GetSizeProperty(usrpropkey::sort_position));
         } else if (!column->HasProperty(usrpropkey::ordered)) {
             return nullptr;
         }
         arguments.push_back(MakeRef<ColumnExp>(column));
     }
-    if (!std::is_sorted(covered.begin(), covered.end(), std::greater<>())) return nullptr;
+    std::sort(positions.begin(), positions.end());
+    for (size_t i = 0; i < positions.size(); ++i) {
+        if (positions[i] != i) return nullptr;
+    }
     const auto partition = MakeRef<PartitionExp>(PartitionExp::partitionName, std::move(arguments));
     try {
         partition->AllocateColumn(&input);

@@ -64,9 +64,12 @@ std::optional<bool> SenseOf(const Namespace& rows, const std::wstring& name) {
     for (const Namespace::SortSpec& spec : MergeGrouping::BuildOrderedSpecs(rows)) {
         if (spec.name == name) return spec.descending;
     }
+    const RefCntPtr<Column> column = rows.DescribeColumn(name);
+    const bool leads =
+        column->HasProperty(usrpropkey::sort_position) && column->GetSizeProperty(usrpropkey::sort_position) == 0;
+    if (!leads) return std::nullopt;
     const std::vector<Namespace::SortSpec> specs = Namespace::BuildSortSpecs(rows);
-    if (!specs.empty() && specs.front().name == name) return specs.front().descending;
-    return std::nullopt;
+    return specs.front().descending;
 }
 
 }  // namespace

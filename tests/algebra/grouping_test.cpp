@@ -250,6 +250,8 @@ TEST(FetchGrouping, TakesColumnsThatLeadASortOrder) {
     EXPECT_FALSE(FetchGrouping::ResolvePartition(*rows, {L"a", L"c"}));
     EXPECT_FALSE(FetchGrouping::ResolvePartition(*rows, {L"b"}));
     EXPECT_FALSE(FetchGrouping::ResolvePartition(*rows, {L"a", L"d"}));
+    // The first column of the order is not read.
+    EXPECT_FALSE(FetchGrouping::ResolvePartition(*MakeRef<Scan>(TableOf({at(L"b", L"1")})), {L"b"}));
 }
 
 TEST(MergeGrouping, NeedsOneCondition) {
