@@ -89,7 +89,7 @@ void Join::HashInner(unsigned pageSize) {
     time.SetNumber(m_innerCount);
     EnforceCompatibility(buildSize);
     ChooseGrouping(buildSize);
-    m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get(), m_shared != nullptr);
+    m_shown.BindInner(m_inner->GetStart(), m_innerCount, m_progress.get(), m_shared && m_shared->IsShared());
     m_linkColumn = FollowsLinks() ? m_grouping->GetLinks() : nullptr;
     if (m_linkColumn) {
         m_linkColumn->Seek(0, m_innerCount);

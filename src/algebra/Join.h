@@ -67,8 +67,9 @@ public:
     /// Loads the inner rows by the first strategy that takes them. Raises 40228. For SharedJoinGrouping, when the inner
     /// table is built.
     LoadedGrouping LoadGrouping(unsigned pageSize) const;
-    /// A grouping of the strategy, not loaded; null when its rules do not allow it for these keys.
-    RefCntPtr<Grouping> MakeGrouping(GroupingIdType strategy) const;
+    /// A grouping of the strategy, not loaded, with room for `size` groups at first; null when its rules do not allow
+    /// it for these keys.
+    RefCntPtr<Grouping> MakeGrouping(GroupingIdType strategy, unsigned size) const;
     /// Whether the strategy compares rows with the cells of the inner keys.
     static bool ComparesCells(GroupingIdType strategy);
 

@@ -151,10 +151,9 @@ bool Join::ComparesCells(GroupingIdType strategy) {
     return strategy == GroupingIdType::hash || strategy == GroupingIdType::concurrentHash;
 }
 
-RefCntPtr<Grouping> Join::MakeGrouping(GroupingIdType strategy) const {
+RefCntPtr<Grouping> Join::MakeGrouping(GroupingIdType strategy, unsigned size) const {
     using Resolve = RefCntPtr<Exp> (*)(const Namespace&, const std::vector<std::wstring>&);
     if (m_keys.empty()) return strategy == GroupingIdType::none ? MakeRef<Grouping>(m_semantics) : nullptr;
-    const auto size = static_cast<unsigned>(m_innerCount);
     // A strategy of the classes that compare nothing; where the cells of dictionaries do not stand for the values of
     // both sides, there is none.
     const auto both = [this](Resolve outer, Resolve inner, auto make) -> RefCntPtr<Grouping> {
@@ -223,7 +222,7 @@ std::vector<GroupingIdType> Join::Strategies() const {
 Join::LoadedGrouping Join::LoadGrouping(unsigned pageSize) const {
     RefCntPtr<Table> copies;
     for (const GroupingIdType strategy : Strategies()) {
-        const RefCntPtr<Grouping> grouping = MakeGrouping(strategy);
+        const RefCntPtr<Grouping> grouping = MakeGrouping(strategy, static_cast<unsigned>(m_innerCount));
         if (!grouping) continue;
         const bool copied = ComparesCells(strategy) || grouping->CanHashInnerConcurrently();
         if (copied && !copies) copies = CopyKeys();

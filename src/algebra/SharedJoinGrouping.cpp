@@ -39,6 +39,10 @@ void SharedJoinGrouping::SetWorkerCount(unsigned count) {
     m_inner->workers = count;
 }
 
+bool SharedJoinGrouping::IsShared() const {
+    return m_inner->workers > 1;
+}
+
 std::unique_lock<std::mutex> SharedJoinGrouping::LockInner() {
     return std::unique_lock(m_inner->mutex);
 }
@@ -48,10 +52,13 @@ void SharedJoinGrouping::BudgetInner(const RefCntPtr<Table>&, unsigned pageSize)
         Join::LoadedGrouping loaded = m_join->LoadGrouping(pageSize);
         m_inner->keyCells = loaded.keys;
         m_inner->delegate = std::move(loaded.grouping);
+        m_own = m_inner->delegate;
+    } else {
+        m_own = m_join->MakeGrouping(m_inner->delegate->NameId(), 0);
     }
-    m_own = m_join->MakeGrouping(m_inner->delegate->NameId());
     // Contexts read the keys of the groups; those of a table that is not read by row need no columns of their own.
-    m_keyCells = m_join->ComparesCells(m_inner->delegate->NameId()) ? ForkTable(*m_inner->keyCells) : m_inner->keyCells;
+    const bool compares = Join::ComparesCells(m_inner->delegate->NameId());
+    m_keyCells = compares && IsShared() ? ForkTable(*m_inner->keyCells) : m_inner->keyCells;
 }
 
 void SharedJoinGrouping::CreateInnerMatched(unsigned long long rows) {
@@ -89,7 +96,7 @@ unsigned SharedJoinGrouping::GetSize() const {
 // A column for the use of this join.
 RefCntPtr<Column> SharedJoinGrouping::GetLinks() {
     const RefCntPtr<Column> links = m_inner->delegate->GetLinks();
-    return links ? links->Fork(true) : nullptr;
+    return links && IsShared() ? links->Fork(true) : links;
 }
 
 bool SharedJoinGrouping::HasCollisions() const {

@@ -24,6 +24,8 @@ public:
     /// The number of joins that will run, 1 by default: the last of them to end gives the inner rows that none has
     /// matched. Set before they run.
     void SetWorkerCount(unsigned count);
+    /// Whether there is more than one join, so that what they read needs columns of each one's own.
+    bool IsShared() const;
     /// Held by a join while it gets ready: building the inner table, and the views of its columns.
     std::unique_lock<std::mutex> LockInner();
     /// Builds and loads the inner table `inner` unless another join has done so, by a strategy of the join's choice
@@ -58,7 +60,8 @@ private:
 
     Join* const m_join;
     const std::shared_ptr<Inner> m_inner;
-    // A grouping of the same strategy, not loaded: its expressions are of this join's rows.
+    // The grouping behind where this join loaded it, else one of the same strategy that holds nothing: its expressions
+    // are of this join's rows.
     RefCntPtr<Grouping> m_own;
     RefCntPtr<Table> m_keyCells;
 };

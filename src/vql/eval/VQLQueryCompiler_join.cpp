@@ -5,6 +5,7 @@
 #include "algebra/Join.h"
 #include "algebra/LeafTable.h"
 #include "algebra/Lookup.h"
+#include "algebra/SharedJoinGrouping.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 #include "vql/VQLExpressions.h"
@@ -12,6 +13,7 @@
 #include "vql/eval/LeafColumns.h"
 #include "vql/eval/VQLQueryCompiler.h"
 #include "vql/eval/status.h"
+#include "vql/syntax/VQLEvaluatorSettings.h"
 
 namespace qve {
 
@@ -75,8 +77,12 @@ void VQLQueryCompiler::VisitJoin(VQLJoinQuery& query) {
         Push(MakeRef<CartProd>(std::move(outer), std::move(inner), std::move(imports)));
         return;
     }
-    Push(MakeRef<Join>(std::move(outer), std::move(inner), std::move(keys), std::move(imports),
-                       static_cast<Join::JoinType>(query.GetJoinType()), !query.UseEqualToComparison()));
+    const auto join = MakeRef<Join>(std::move(outer), std::move(inner), std::move(keys), std::move(imports),
+                                    static_cast<Join::JoinType>(query.GetJoinType()), !query.UseEqualToComparison());
+    if (VQLEvaluatorSettings::GetUseSharedHashing()) {
+        join->SetGrouping(MakeRef<SharedJoinGrouping>(join.get(), join->GetSemantics()));
+    }
+    Push(join);
 }
 
 }  // namespace qve
