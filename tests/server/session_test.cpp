@@ -148,6 +148,18 @@ TEST(Session, ExecutesPlansInPlaceOfQueries) {
     // In the order in which the plan lists them.
     EXPECT_EQ(rowset->GetColumnProperties(0)[0].second.GetText(), L"n");
     rowset->Close();
+    // One share of four, through a view of the table, on dense pages.
+    client->StatementPlan(statement,
+                          "(aggregate () (([s] (sum [x])) ([n] (countstar))) (compact (select (ge [x] 30)"
+                          " (scan ([x]) (fraction 1 4 ([x]) (shared (table [t].[n] ([x]))))))))");
+    const auto share = client->StatementExecute(statement);
+    ASSERT_TRUE(share);
+    QVE_Value values[2];
+    ASSERT_NE(share->GetValues(2, values), 0u);
+    std::ostringstream row;
+    row << values[0] << " " << values[1];
+    EXPECT_EQ(row.str(), "20 790") << "30 to 49";
+    share->Close();
     EXPECT_EQ(planStatus("(frob)"), 49012);
     EXPECT_EQ(planStatus("(table [t].[n] ([x])) (x)"), 48034);
     EXPECT_THAT(RunQuery(*client, s_sum), ElementsAre("4950 100"));

@@ -6,6 +6,7 @@
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
 #include "algebra/FlowTable.h"
+#include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
 #include "algebra/IndexTable.h"
 #include "algebra/Join.h"
@@ -162,6 +163,19 @@ void EstimateProgress::VisitCartProd(CartProd& flow) {
     rows.total = Sum(rows.total, inner.total);
     rows.first = 0;
     rows.last = unknown;
+    Push(rows);
+}
+
+// About as many rows as each other share; groups of rows that lie together may move all of them into one.
+void EstimateProgress::VisitFractionTable(FractionTable& table) {
+    OperatorVisitorImpl::VisitFractionTable(table);
+    Estimate rows = Pop();
+    if (!table.GetClusters().empty()) {
+        rows.first = 0;
+    } else if (rows.last != unknown) {
+        rows.first = rows.first == unknown ? 0 : rows.first / table.GetFractionCount();
+        rows.last = rows.last / table.GetFractionCount() + 1;
+    }
     Push(rows);
 }
 

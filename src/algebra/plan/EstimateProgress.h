@@ -31,6 +31,7 @@ public:
     void VisitBinaryScan(BinaryScan& flow) override;
     void VisitCartProd(CartProd& flow) override;
     void VisitFlowTable(FlowTable& table) override;
+    void VisitFractionTable(FractionTable& table) override;
     void VisitIndexJoin(IndexJoin& flow) override;
     void VisitIndexTable(IndexTable& table) override;
     void VisitJoin(Join& flow) override;

@@ -5,7 +5,9 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
+#include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
 #include "algebra/IndexTable.h"
 #include "algebra/LeafTable.h"
@@ -18,6 +20,7 @@
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
+#include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/format_properties.h"
 #include "ingest/TextScan.h"
@@ -137,6 +140,25 @@ void FormatNamespace::VisitFlowTable(FlowTable& table) {
 void FormatNamespace::VisitCartProd(CartProd& flow) {
     const Operator line(*this, flow, L"cartprod " + Pairs(flow.GetImports()));
     OperatorVisitorImpl::VisitCartProd(flow);
+}
+
+void FormatNamespace::VisitCompact(Compact& flow) {
+    const Operator line(*this, flow, L"compact");
+    OperatorVisitorImpl::VisitCompact(flow);
+}
+
+void FormatNamespace::VisitFractionTable(FractionTable& table) {
+    std::wstring text =
+        L"fraction " + std::to_wstring(table.GetFraction()) + L" " + std::to_wstring(table.GetFractionCount());
+    if (!table.GetClusters().empty()) text += L" " + Names(table.GetClusters());
+    const Operator line(*this, table, std::move(text));
+    OperatorVisitorImpl::VisitFractionTable(table);
+}
+
+// A plan has one view of each table; what others see of it is their matter.
+void FormatNamespace::VisitSharedTable(SharedTable& table) {
+    const Operator line(*this, table, L"shared");
+    OperatorVisitorImpl::VisitSharedTable(table);
 }
 
 void FormatNamespace::VisitIndexTable(IndexTable& table) {

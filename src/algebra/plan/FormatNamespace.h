@@ -35,7 +35,9 @@ public:
     void VisitAggr(Aggr& table) override;
     void VisitAppend(Append& flow) override;
     void VisitCartProd(CartProd& flow) override;
+    void VisitCompact(Compact& flow) override;
     void VisitFlowTable(FlowTable& table) override;
+    void VisitFractionTable(FractionTable& table) override;
     void VisitIndexJoin(IndexJoin& flow) override;
     void VisitIndexTable(IndexTable& table) override;
     void VisitJoin(Join& flow) override;
@@ -48,6 +50,7 @@ public:
     void VisitRestrict(Restrict& flow) override;
     void VisitScan(Scan& flow) override;
     void VisitSelect(Select& flow) override;
+    void VisitSharedTable(SharedTable& table) override;
     void VisitTextScan(TextScan& flow) override;
     void VisitTopN(TopN& flow) override;
 

@@ -8,7 +8,9 @@
 #include "algebra/AggrExp.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
+#include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
 #include "algebra/IndexTable.h"
 #include "algebra/Join.h"
@@ -21,6 +23,7 @@
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
+#include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/ExpBuilder.h"
 #include "algebra/plan/status.h"
@@ -56,25 +59,17 @@ std::wstring NamespaceBuilder::ResolveDataFile(const std::wstring& path) const {
 
 RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
     static const std::unordered_map<std::wstring, Builder> builders{
-        {L"aggregate", &NamespaceBuilder::BuildAggr},
-        {L"ordaggr", &NamespaceBuilder::BuildAggr},
-        {L"append", &NamespaceBuilder::BuildAppend},
-        {L"cartprod", &NamespaceBuilder::BuildCartProd},
-        {L"flowtable", &NamespaceBuilder::BuildFlowTable},
-        {L"indexjoin", &NamespaceBuilder::BuildIndexJoin},
-        {L"indextable", &NamespaceBuilder::BuildIndexTable},
-        {L"pivot", &NamespaceBuilder::BuildPivot},
-        {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
-        {L"join", &NamespaceBuilder::BuildJoin},
-        {L"lookup", &NamespaceBuilder::BuildJoin},
-        {L"order", &NamespaceBuilder::BuildOrder},
-        {L"project", &NamespaceBuilder::BuildProject},
-        {L"restrict", &NamespaceBuilder::BuildRestrict},
-        {L"scan", &NamespaceBuilder::BuildScan},
-        {L"select", &NamespaceBuilder::BuildSelect},
-        {L"table", &NamespaceBuilder::BuildTable},
-        {L"text", &NamespaceBuilder::BuildText},
-        {L"top", &NamespaceBuilder::BuildTopN},
+        {L"aggregate", &NamespaceBuilder::BuildAggr},      {L"ordaggr", &NamespaceBuilder::BuildAggr},
+        {L"append", &NamespaceBuilder::BuildAppend},       {L"cartprod", &NamespaceBuilder::BuildCartProd},
+        {L"compact", &NamespaceBuilder::BuildCompact},     {L"fraction", &NamespaceBuilder::BuildFractionTable},
+        {L"shared", &NamespaceBuilder::BuildSharedTable},  {L"flowtable", &NamespaceBuilder::BuildFlowTable},
+        {L"indexjoin", &NamespaceBuilder::BuildIndexJoin}, {L"indextable", &NamespaceBuilder::BuildIndexTable},
+        {L"pivot", &NamespaceBuilder::BuildPivot},         {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
+        {L"join", &NamespaceBuilder::BuildJoin},           {L"lookup", &NamespaceBuilder::BuildJoin},
+        {L"order", &NamespaceBuilder::BuildOrder},         {L"project", &NamespaceBuilder::BuildProject},
+        {L"restrict", &NamespaceBuilder::BuildRestrict},   {L"scan", &NamespaceBuilder::BuildScan},
+        {L"select", &NamespaceBuilder::BuildSelect},       {L"table", &NamespaceBuilder::BuildTable},
+        {L"text", &NamespaceBuilder::BuildText},           {L"top", &NamespaceBuilder::BuildTopN},
     };
     const Nodes& form = m_reader.List(node);
     if (form.empty()) m_reader.Raise(L"empty operator", node);
@@ -200,6 +195,31 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildFlowTable(const Nodes& form) {
         encodings = access == L"plain" ? 0 : FlowTable::randomAccess;
     }
     return MakeRef<FlowTable>(BuildFlow(form.back()), encodings);
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildCompact(const Nodes& form) {
+    Expect(form, 1, 1);
+    return MakeRef<Compact>(BuildFlow(form[1]));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildFractionTable(const Nodes& form) {
+    Expect(form, 3, 4);
+    const auto count = static_cast<unsigned>(m_reader.Integer(form[2], 1, ~0u));
+    const auto index = static_cast<unsigned>(m_reader.Integer(form[1], 0, count - 1));
+    RefCntPtr<Table> table = BuildSource(form.back());
+    std::vector<std::wstring> clusters;
+    if (form.size() == 5) {
+        for (const RefCntPtr<VQLNode>& member : m_reader.List(form[3])) {
+            table->DescribeColumn(Name(member));
+            clusters.push_back(Name(member));
+        }
+    }
+    return MakeRef<FractionTable>(std::move(table), index, count, std::move(clusters));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildSharedTable(const Nodes& form) {
+    Expect(form, 1, 1);
+    return MakeRef<SharedTable>(BuildSource(form[1]));
 }
 
 RefCntPtr<Namespace> NamespaceBuilder::BuildJoin(const Nodes& form) {

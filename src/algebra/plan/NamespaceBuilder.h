@@ -25,6 +25,8 @@ class Database;
 ///     (restrict COLUMNS FLOW)
 ///     (aggregate COLUMNS BINDINGS [groups] FLOW)  (ordaggr COLUMNS BINDINGS FLOW)
 ///     (order SORTS [limit] TABLE)                 (top SORTS count FLOW)
+///     (compact FLOW)                              (shared TABLE)
+///     (fraction index count [COLUMNS] TABLE)      a share of the rows, cut where one of the columns changes
 ///     (cartprod PAIRS FLOW TABLE)                 (positionaljoin TABLE [TABLE])
 ///     (indextable [column] TABLE)                 (indexjoin PAIRS [start] [count] FLOW TABLE)
 ///     (pivot ([tag] ([name] ...)) (([group] COLUMNS) ...) ["collation"] FLOW)
@@ -58,7 +60,9 @@ private:
     RefCntPtr<Namespace> BuildAggr(const Nodes& form);
     RefCntPtr<Namespace> BuildAppend(const Nodes& form);
     RefCntPtr<Namespace> BuildCartProd(const Nodes& form);
+    RefCntPtr<Namespace> BuildCompact(const Nodes& form);
     RefCntPtr<Namespace> BuildFlowTable(const Nodes& form);
+    RefCntPtr<Namespace> BuildFractionTable(const Nodes& form);
     RefCntPtr<Namespace> BuildIndexJoin(const Nodes& form);
     RefCntPtr<Namespace> BuildIndexTable(const Nodes& form);
     RefCntPtr<Namespace> BuildJoin(const Nodes& form);
@@ -69,6 +73,7 @@ private:
     RefCntPtr<Namespace> BuildRestrict(const Nodes& form);
     RefCntPtr<Namespace> BuildScan(const Nodes& form);
     RefCntPtr<Namespace> BuildSelect(const Nodes& form);
+    RefCntPtr<Namespace> BuildSharedTable(const Nodes& form);
     RefCntPtr<Namespace> BuildTable(const Nodes& form);
     RefCntPtr<Namespace> BuildText(const Nodes& form);
     RefCntPtr<Namespace> BuildTopN(const Nodes& form);

@@ -3,7 +3,9 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
+#include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
 #include "algebra/IndexTable.h"
 #include "algebra/Join.h"
@@ -17,6 +19,7 @@
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
+#include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 #include "algebra/plan/absent_operator.h"
@@ -206,6 +209,18 @@ void NamespaceVisitor::VisitTopN(TopN& flow) {
     VisitNamespace(flow);
 }
 
+void NamespaceVisitor::VisitCompact(Compact& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitFractionTable(FractionTable& table) {
+    VisitNamespace(table);
+}
+
+void NamespaceVisitor::VisitSharedTable(SharedTable& table) {
+    VisitNamespace(table);
+}
+
 // Operators of these classes cannot be built yet.
 
 void NamespaceVisitor::VisitAlterColumn(AlterColumn&) {
@@ -216,20 +231,12 @@ void NamespaceVisitor::VisitClusteringFlow(ClusteringFlow&) {
     throw_absent_operator("ClusteringFlow");
 }
 
-void NamespaceVisitor::VisitCompact(Compact&) {
-    throw_absent_operator("Compact");
-}
-
 void NamespaceVisitor::VisitDictionaryTable(DictionaryTable&) {
     throw_absent_operator("DictionaryTable");
 }
 
 void NamespaceVisitor::VisitExchange(Exchange&) {
     throw_absent_operator("Exchange");
-}
-
-void NamespaceVisitor::VisitFractionTable(FractionTable&) {
-    throw_absent_operator("FractionTable");
 }
 
 void NamespaceVisitor::VisitLookup(Lookup& flow) {
@@ -258,10 +265,6 @@ void NamespaceVisitor::VisitRemote(Remote&) {
 
 void NamespaceVisitor::VisitRemoteQuery(RemoteQuery&) {
     throw_absent_operator("RemoteQuery");
-}
-
-void NamespaceVisitor::VisitSharedTable(SharedTable&) {
-    throw_absent_operator("SharedTable");
 }
 
 void NamespaceVisitor::VisitTransform(Transform&) {

@@ -3,7 +3,9 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
+#include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
 #include "algebra/IndexTable.h"
 #include "algebra/Join.h"
@@ -17,6 +19,7 @@
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
+#include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/absent_operator.h"
 #include "commands/CreateColumn.h"
@@ -145,6 +148,18 @@ void OperatorVisitorImpl::VisitTextScan(TextScan&) {}
 
 void OperatorVisitorImpl::VisitBinaryScan(BinaryScan&) {}
 
+void OperatorVisitorImpl::VisitCompact(Compact& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitFractionTable(FractionTable& table) {
+    table.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitSharedTable(SharedTable& table) {
+    table.GetSource()->Accept(m_below);
+}
+
 // Operators of these classes cannot be built yet.
 
 void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
@@ -155,20 +170,12 @@ void OperatorVisitorImpl::VisitClusteringFlow(ClusteringFlow&) {
     throw_absent_operator("ClusteringFlow");
 }
 
-void OperatorVisitorImpl::VisitCompact(Compact&) {
-    throw_absent_operator("Compact");
-}
-
 void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable&) {
     throw_absent_operator("DictionaryTable");
 }
 
 void OperatorVisitorImpl::VisitExchange(Exchange&) {
     throw_absent_operator("Exchange");
-}
-
-void OperatorVisitorImpl::VisitFractionTable(FractionTable&) {
-    throw_absent_operator("FractionTable");
 }
 
 void OperatorVisitorImpl::VisitLookup(Lookup& flow) {
@@ -193,10 +200,6 @@ void OperatorVisitorImpl::VisitRemote(Remote&) {
 
 void OperatorVisitorImpl::VisitRemoteQuery(RemoteQuery&) {
     throw_absent_operator("RemoteQuery");
-}
-
-void OperatorVisitorImpl::VisitSharedTable(SharedTable&) {
-    throw_absent_operator("SharedTable");
 }
 
 void OperatorVisitorImpl::VisitTransform(Transform&) {

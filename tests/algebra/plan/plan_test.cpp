@@ -3,15 +3,19 @@
 #include "algebra/Aggr.h"
 #include "algebra/AggrExp.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
+#include "algebra/FractionTable.h"
 #include "algebra/Order.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
 #include "algebra/Scan.h"
 #include "algebra/Select.h"
 #include "algebra/SelectExp.h"
+#include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
 #include "algebra/plan/EstimateProgress.h"
+#include "algebra/plan/FormatNamespace.h"
 #include "algebra/plan/NamespaceVisitor.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 #include "algebra/plan/status.h"
@@ -76,6 +80,33 @@ TEST(OperatorVisitorTest, WalksReachEveryOperator) {
     root->Accept(canceller);
     EXPECT_EQ(canceller.scans, 4u);
     EXPECT_THROW(lowest->Next(10), Operator::CancelledException);
+}
+
+// What several flows may read is walked, written and estimated as any other operator.
+TEST(OperatorVisitorTest, PassesThroughSharesAndCompactPages) {
+    const auto shares = [](std::vector<std::wstring> clusters) {
+        const auto table = Numbers(100);
+        table->Build(10);
+        return MakeRef<Compact>(MakeRef<Scan>(
+            MakeRef<FractionTable>(MakeRef<SharedTable>(table), 1, 4, std::move(clusters)), ColumnNames{L"a"}));
+    };
+    const auto flow = shares({});
+    EXPECT_EQ(FormatNamespace::Do(*shares({L"a"})),
+              L"(compact\n  (scan ([a])\n    (fraction 1 4 ([a])\n      (shared\n        (table [sample] ([a]))))))");
+    Counter counter;
+    flow->Accept(counter);
+    EXPECT_EQ(counter.nodes, 5u);
+
+    const auto estimate = EstimateProgress::Do(*flow);
+    EXPECT_EQ(estimate.first, 25u);
+    EXPECT_EQ(estimate.last, 26u);
+    const auto clustered = EstimateProgress::Do(*shares({L"a"}));
+    EXPECT_EQ(clustered.first, 0u);
+    EXPECT_EQ(clustered.last, 100u);
+
+    Canceller canceller;
+    flow->Accept(canceller);
+    EXPECT_THROW(flow->Next(10), Operator::CancelledException);
 }
 
 // A plan with an operator that this program has not is refused by name.
