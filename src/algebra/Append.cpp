@@ -76,6 +76,8 @@ void Append::ResetCursor() {
     m_current.store(0, std::memory_order_relaxed);
     m_cursor.store(0, std::memory_order_relaxed);
     m_previousCursor = 0;
+    m_inputBegin = 0;
+    for (Appender* appender : m_loaded) appender->ForgetErrors();
 }
 
 unsigned Append::Next(unsigned pageSize) {
@@ -92,7 +94,11 @@ unsigned Append::Next(unsigned pageSize) {
     for (size_t current = m_current; current < InputCount(); m_current = ++current) {
         DataFlow& input = *Input(current);
         m_extent = input.Next(pageSize);
-        if (m_extent == 0) continue;
+        if (m_extent == 0) {
+            for (Appender* appender : m_loaded) appender->TakeErrors(current, m_inputBegin);
+            m_inputBegin = m_previousCursor;
+            continue;
+        }
         m_selection = input.GetSelection();
         m_selectionCount = input.GetSelectionCount();
         for (Appender* appender : m_loaded) {

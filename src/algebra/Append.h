@@ -59,6 +59,7 @@ private:
     std::atomic<size_t> m_current{0};  // the input that is read; progress is asked for by other threads
     std::atomic<uint64_t> m_cursor{0};
     uint64_t m_previousCursor = 0;
+    uint64_t m_inputBegin = 0;  // row of the output at which the current input begins
     bool m_started = false;
 };
 

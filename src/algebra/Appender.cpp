@@ -11,6 +11,7 @@
 #include "algebra/TokenTranslator.h"
 #include "algebra/reserve_page.h"
 #include "algebra/status.h"
+#include "algebra/take_error_counts.h"
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
@@ -60,7 +61,7 @@ Appender::Appender(std::wstring name, std::vector<Input> inputs) : m_name(std::m
     const usrtype& type = *ReconcileTypes(columns);
     m_description = MakeRef<Column>(ReconcileProperties(type, columns));
     for (size_t i = 0; i < inputs.size(); ++i) {
-        m_sources.push_back({inputs[i].flow, Widen(inputs[i].column, *columns[i], type), nullptr});
+        m_sources.push_back({inputs[i].flow, inputs[i].column, Widen(inputs[i].column, *columns[i], type), nullptr});
     }
 }
 
@@ -124,6 +125,17 @@ bool Appender::SharesDictionary() const {
         const Column& column = *source.exp->GetColumn();
         return column.GetType() == first.GetType() && SameDictionary(column, first) && !column.GetDict()->CanExtend();
     });
+}
+
+void Appender::TakeErrors(size_t index, uint64_t firstRow) {
+    const Source& source = m_sources[index];
+    AddErrorCounts(*source.flow->GetColumn(source.column), firstRow, *m_target);
+}
+
+void Appender::ForgetErrors() {
+    for (const usrpropkey key : {usrpropkey::count_errors, usrpropkey::first_error, usrpropkey::last_error}) {
+        m_target->ClearProperty(key);
+    }
 }
 
 RefCntPtr<Column> Appender::Load() {

@@ -34,11 +34,15 @@ public:
     RefCntPtr<Column> Load();
     /// Brings the page of input `index` over: `count` rows by `selection`, or all of its `extent` rows.
     void Evaluate(size_t index, unsigned count, unsigned extent, const unsigned* selection);
+    /// Takes over what input `index`, whose rows began at `firstRow`, tells at its end of the values that it refused.
+    void TakeErrors(size_t index, uint64_t firstRow);
+    void ForgetErrors();
 
 private:
     /// The column of one input.
     struct Source {
         const DataFlow* flow;
+        std::wstring column;
         RefCntPtr<Exp> exp;
         std::unique_ptr<TokenTranslator> translator;
     };

@@ -1,6 +1,8 @@
 #include "algebra/Project.h"
 
+#include "algebra/ColumnExp.h"
 #include "algebra/OperatorVisitor.h"
+#include "algebra/take_error_counts.h"
 #include "storage/Column.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "types/usratom.h"
@@ -48,7 +50,10 @@ unsigned Project::Next(unsigned pageSize) {
         }
         m_allocated = true;
     }
-    if (DataFlow::Next(pageSize) == 0) return 0;
+    if (DataFlow::Next(pageSize) == 0) {
+        TakeErrors();
+        return 0;
+    }
     for (const RefCntPtr<Exp>& expression : m_expressions) {
         if (!expression->IsConstant()) {
             expression->Evaluate(m_selectionCount, m_extent, m_selection, m_source.get());
@@ -56,6 +61,14 @@ unsigned Project::Next(unsigned pageSize) {
     }
     for (Spread& spread : m_spreads) FillSpread(spread);
     return m_extent;
+}
+
+// At its end a source tells what it refused; columns that only have another name pass it on.
+void Project::TakeErrors() const {
+    for (const RefCntPtr<Exp>& expression : m_expressions) {
+        const auto* column = dynamic_cast<const ColumnExp*>(expression.get());
+        if (column) TakeErrorCounts(*m_source->GetColumn(column->GetColumnName()), *column->GetColumn());
+    }
 }
 
 // Consumers read a row of every column at its position, so a single value is written out; a constant only when a page

@@ -31,6 +31,7 @@ private:
     };
 
     RefCntPtr<Exp> Find(const std::wstring& name) const;
+    void TakeErrors() const;
     void FillSpread(Spread& spread) const;
 
     const std::vector<RefCntPtr<Exp>> m_expressions;

@@ -10,4 +10,15 @@ void TakeErrorCounts(const Column& source, Column& column) {
     }
 }
 
+void AddErrorCounts(const Column& source, uint64_t firstRow, Column& column) {
+    const usrprops& found = source.GetProperties();
+    const uint64_t count = found.number(usrpropkey::count_errors);
+    if (count == 0) return;
+    const auto place = [&](usrpropkey key) { return std::to_wstring(firstRow + found.number(key)); };
+    const uint64_t before = column.GetProperties().number(usrpropkey::count_errors);
+    column.SetProperty(usrpropkey::count_errors, std::to_wstring(before + count));
+    if (before == 0) column.SetProperty(usrpropkey::first_error, place(usrpropkey::first_error));
+    column.SetProperty(usrpropkey::last_error, place(usrpropkey::last_error));
+}
+
 }  // namespace qve

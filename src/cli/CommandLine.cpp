@@ -19,7 +19,7 @@ constexpr const char* s_message =
     "when Ctrl-C came between statements. Three words make it another program, each with a --help of its own: qve "
     "import "
     "brings text files into a table, qve export writes the result of a statement to a file, qve check verifies a "
-    "database.";
+    "database, qve upload and qve download move one to a server and back.";
 
 const std::map<std::string, Format> s_formats{{"table", Format::table}, {"csv", Format::csv},
                                               {"tsv", Format::tsv},     {"json", Format::json},

@@ -1,13 +1,13 @@
 #include "cli/ExportCommand.h"
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <stdexcept>
 
 #include "cli/Interrupt.h"
+#include "cli/OutputFile.h"
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
 #include "cli/open_session.h"
@@ -52,35 +52,6 @@ private:
     ResultWriter& m_writer;
     ProgressBar& m_bar;
     uint64_t m_rows = 0;
-};
-
-/// A file that takes its place when it is whole.
-class OutputFile {
-public:
-    explicit OutputFile(const std::string& path) : m_path(path), m_partial(path + ".partial") {
-        m_file.open(m_partial, std::ios::binary | std::ios::trunc);
-        if (!m_file) throw std::runtime_error("cannot write " + m_partial);
-    }
-    ~OutputFile() {
-        if (m_partial.empty()) return;
-        std::error_code ignored;
-        std::filesystem::remove(m_partial, ignored);
-    }
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-
-    std::ostream& GetStream() { return m_file; }
-    void Finish() {
-        m_file.close();
-        if (!m_file) throw std::runtime_error("cannot write " + m_partial + ": is the disk full?");
-        std::filesystem::rename(m_partial, m_path);
-        m_partial.clear();
-    }
-
-private:
-    const std::string m_path;
-    std::string m_partial;
-    std::ofstream m_file;
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <stdexcept>
 
 #include "cli/ProgressBar.h"
@@ -22,7 +23,9 @@ constexpr const char* s_message =
     "Brings delimited text files into a new table of a database, which is made when it does not exist. Character set, "
     "delimiters, header, columns and types are found out from the text; files compressed by gzip or zstd are read as "
     "they are. Either all of the files arrive or nothing. The report tells the columns with their types, and how many "
-    "fields of each were no values of its type: these are null in the table. The files are read by the server. The "
+    "fields of each were no values of its type: these are null in the table. Of several files the table has the "
+    "columns "
+    "that all of them have, matched by name; the report names the others. The files are read by the server. The "
     "exit status is 0 when the table is there, 1 when the import failed, 2 when there was no server.";
 
 constexpr QVE_Status s_pathDoesNotExist = 10000;
@@ -163,10 +166,32 @@ void ImportCommand::Report(Session& session, double seconds) {
         writer->Row(values);
     }
     writer->End();
+    ReportLeftOut(session);
     std::cout << fmt::format("{} rows and {} columns in {}.{} of {}, {:.2f} s\n",
                              Grouped(count.rows.empty() ? 0 : std::stoull(count.rows[0].at(0))), columns.rows.size(),
                              m_table.schema, m_table.table, m_database, seconds)
               << std::flush;
+}
+
+void ImportCommand::ReportLeftOut(Session& session) {
+    if (m_files.size() < 2) return;
+    std::vector<std::set<std::string>> names;
+    for (const std::string& file : m_files) {
+        TextRows none;  // for its columns
+        m_statement = "(select " + TextQuery(file) + " false)";
+        session.Run(m_statement, none);
+        std::set<std::string>& known = names.emplace_back();
+        for (const ResultColumn& column : none.columns) known.insert(column.name);
+    }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        for (const std::string& name : names[i]) {
+            const auto lacking =
+                std::find_if(names.begin(), names.end(), [&](const auto& others) { return others.count(name) == 0; });
+            if (lacking == names.end()) continue;
+            std::cout << fmt::format("left out: {} of {}, which {} lacks\n", name, m_files[i],
+                                     m_files[static_cast<std::size_t>(lacking - names.begin())]);
+        }
+    }
 }
 
 }  // namespace qve::cli

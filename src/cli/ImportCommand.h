@@ -30,6 +30,8 @@ private:
     void Load(Session& session);
     void TakeBack(Session& session, const Made& made) noexcept;
     void Report(Session& session, double seconds);
+    /// Says which columns of the files have no place in the table, since another file lacks them.
+    void ReportLeftOut(Session& session);
     std::string TextQuery(const std::string& file) const;
 
     std::vector<std::string> m_files;  // absolute

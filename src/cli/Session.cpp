@@ -1,5 +1,6 @@
 #include "cli/Session.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -12,6 +13,14 @@
 
 namespace qve::cli {
 namespace {
+
+constexpr uint64_t s_unknown = ~uint64_t{0};
+constexpr std::size_t s_transferPiece = std::size_t{4} << 20;  // bytes
+
+/// Between the pieces of a long transfer.
+void StopWhenInterrupted() {
+    if (Interrupt::TakeRequest()) throw Failure(QVE_CANCELLED, "interrupted");
+}
 
 /// The texts of an error, and the handle's end.
 std::string TextOf(QVE_ErrorInfo* raw) {
@@ -120,6 +129,44 @@ void Session::Check(QVE_Status status) const {
     QVE_ErrorInfo* info = nullptr;
     QVE_GetErrorInfo(m_connection.get(), &info);
     throw Failure(status, TextOf(info));
+}
+
+void Session::Upload(std::istream& bytes, uint64_t size, const std::string& path, const Watch& watch) {
+    QVE_Upload* raw = nullptr;
+    Check(QVE_DatabaseUploadOpen(m_connection.get(), path.c_str(), &raw));
+    const UploadHandle upload(raw);
+    Check(QVE_UploadSetSize(raw, size));
+    std::vector<char> piece(s_transferPiece);
+    for (uint64_t sent = 0; sent < size;) {
+        StopWhenInterrupted();
+        const uint64_t count = std::min<uint64_t>(piece.size(), size - sent);
+        if (!bytes.read(piece.data(), static_cast<std::streamsize>(count))) {
+            throw std::runtime_error("the file became shorter while it was read");
+        }
+        Check(QVE_UploadSend(raw, piece.data(), static_cast<uint32_t>(count)));
+        sent += count;
+        watch({s_unknown, s_unknown, sent, size});
+    }
+    Check(QVE_UploadCommit(raw));
+}
+
+uint64_t Session::Download(const std::string& path, std::ostream& bytes, const Watch& watch) {
+    QVE_Download* raw = nullptr;
+    Check(QVE_DatabaseDownloadOpen(m_connection.get(), path.c_str(), &raw));
+    const DownloadHandle download(raw);
+    uint64_t size = 0;
+    Check(QVE_DownloadGetSize(raw, &size));
+    std::vector<char> piece(s_transferPiece);
+    for (uint64_t received = 0; received < size;) {
+        StopWhenInterrupted();
+        uint32_t count = 0;
+        Check(QVE_DownloadRecv(raw, static_cast<uint32_t>(piece.size()), piece.data(), &count));
+        bytes.write(piece.data(), count);
+        if (!bytes) throw std::runtime_error("cannot write all of the file: is the disk full?");
+        received += count;
+        watch({s_unknown, s_unknown, received, size});
+    }
+    return size;
 }
 
 bool Session::Run(const std::string& text, ResultWriter& writer) {

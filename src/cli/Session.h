@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <istream>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -34,6 +37,13 @@ public:
     bool Run(const std::string& statement, ResultWriter& writer, const Watch& watch);
     /// The same for a statement whose result, if it has one, is not wanted.
     void Run(const std::string& statement);
+
+    /// Sends `size` bytes as a database file to a path of the server. `watch` is told after each piece. Throws Failure,
+    /// and std::runtime_error when there are fewer bytes.
+    void Upload(std::istream& bytes, uint64_t size, const std::string& path, const Watch& watch);
+    /// Fetches a database file of the server; gives its size. Throws Failure, and std::runtime_error when the bytes
+    /// cannot be written.
+    uint64_t Download(const std::string& path, std::ostream& bytes, const Watch& watch);
 
 private:
     void StartServer(const ServerChoice& choice);

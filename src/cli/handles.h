@@ -16,6 +16,8 @@ using ServerProcessHandle = std::unique_ptr<QVE_ServerProcess, HandleCloser<QVE_
 using ConnectionHandle = std::unique_ptr<QVE_Connection, HandleCloser<QVE_Connection, QVE_ConnectionDisconnect>>;
 using StatementHandle = std::unique_ptr<QVE_Statement, HandleCloser<QVE_Statement, QVE_StatementClose>>;
 using RowsetHandle = std::unique_ptr<QVE_Rowset, HandleCloser<QVE_Rowset, QVE_RowsetClose>>;
+using UploadHandle = std::unique_ptr<QVE_Upload, HandleCloser<QVE_Upload, QVE_UploadClose>>;
+using DownloadHandle = std::unique_ptr<QVE_Download, HandleCloser<QVE_Download, QVE_DownloadClose>>;
 using PropertiesHandle = std::unique_ptr<QVE_Properties, HandleCloser<QVE_Properties, QVE_PropertiesClose>>;
 using ErrorInfoHandle = std::unique_ptr<QVE_ErrorInfo, HandleCloser<QVE_ErrorInfo, QVE_ErrorInfoClose>>;
 

@@ -43,6 +43,12 @@ protected:
         }
     }
 
+    /// Records of three columns with these numbers in the first.
+    static std::string Numbers(int from, int to) {
+        std::string text;
+        for (int i = from; i <= to; ++i) text += std::to_string(i) + ",a note,1\n";
+        return text;
+    }
     Outcome In(const std::string& line) const { return RunLine("cd " + m_path.string() + " && " + line); }
     std::string Read(const std::string& name) const {
         std::ifstream file(m_path / name, std::ios::binary);
@@ -114,8 +120,36 @@ TEST_F(QveProgram, ImportsSeveralFilesIntoOneTable) {
     EXPECT_NE(import.output.find("300,002 rows and 3 columns in main.sale"), std::string::npos) << import.output;
     EXPECT_EQ(In("QVE export --from db '(select (table [main].[sale]) (= [id] 300000))'").output,
               "id,note,x\n300000,last,2.5\n300000,last,2.5\n");
+    // A column that a file lacks is left out, and refused values of all files count.
+    std::ofstream(m_path / "c.csv") << "id,note,y\n1,a,1\n2,b,2\n" << Numbers(3, s_rows) << "no number,c,3\n";
+    const Outcome uneven = In("QVE import c.csv c.csv a.csv --into db --table uneven");
+    EXPECT_EQ(uneven.status, 0) << uneven.output;
+    EXPECT_NE(uneven.output.find("/c.csv, which " + (m_path / "a.csv").string() + " lacks"), std::string::npos)
+        << uneven.output;
+    EXPECT_NE(uneven.output.find("left out: x of " + (m_path / "a.csv").string()), std::string::npos) << uneven.output;
+    EXPECT_NE(uneven.output.find("left out: y of "), std::string::npos) << uneven.output;
+    EXPECT_NE(uneven.output.find("|        2 |       300001\n"), std::string::npos) << uneven.output;
     EXPECT_EQ(In("QVE import a.csv none.csv --into other --table sale").status, 1);
     EXPECT_FALSE(std::filesystem::exists(m_path / "other"));
+}
+
+TEST_F(QveProgram, MovesADatabaseAsAFile) {
+    ASSERT_EQ(In("QVE import a.csv --into db --table t").status, 0);
+    ASSERT_EQ(In("QVE -d db -c '(package \"" + (m_path / "p").string() + "\")'").status, 0);
+    const Outcome sent = In("QVE upload p --to there");
+    EXPECT_EQ(sent.status, 0);
+    EXPECT_NE(sent.output.find("sent "), std::string::npos) << sent.output;
+    EXPECT_EQ(In("QVE download there --output back").status, 0);
+    EXPECT_TRUE(Read("back") == Read("p"));
+    EXPECT_EQ(In("QVE -d back -c '(aggregate (table [main].[t]) () (([n] (count))))' --format csv").output,
+              "n\n300000\n");
+
+    EXPECT_NE(In("QVE upload p --to there").output.find("error 40420"), std::string::npos);
+    EXPECT_NE(In("QVE upload db --to other").output.find("is a folder"), std::string::npos);
+    EXPECT_EQ(In("QVE upload none --to other").status, 1);
+    EXPECT_EQ(In("QVE download none --output other").status, 1);
+    EXPECT_EQ(In("QVE download there").status, 1);
+    EXPECT_FALSE(std::filesystem::exists(m_path / "other") || std::filesystem::exists(m_path / "other.partial"));
 }
 
 TEST_F(QveProgram, ChecksADatabase) {

@@ -8,6 +8,7 @@
 #include "cli/ExportCommand.h"
 #include "cli/ImportCommand.h"
 #include "cli/Program.h"
+#include "cli/TransferCommand.h"
 #include "cli/report_failure.h"
 
 namespace {
@@ -17,12 +18,19 @@ int Run(int argc, char** argv) {
     const std::string_view word = argc > 1 ? argv[1] : "";
     // A form of its own has its own options: its two words stand for the program's name.
     std::vector<std::string> arguments(argv + (argc > 1), argv + argc);
-    if (word == "import" || word == "export" || word == "check") {
+    const bool isWord =
+        word == "import" || word == "export" || word == "check" || word == "upload" || word == "download";
+    if (isWord) {
         arguments.front() = argv[0] + (" " + arguments.front());
     }
     if (word == "import") return ImportCommand::Parse(std::move(arguments)).Run();
     if (word == "export") return ExportCommand::Parse(std::move(arguments)).Run();
     if (word == "check") return CheckCommand::Parse(std::move(arguments)).Run();
+    if (word == "upload" || word == "download") {
+        using Direction = TransferCommand::Direction;
+        const Direction direction = word == "upload" ? Direction::upload : Direction::download;
+        return TransferCommand::Parse(direction, std::move(arguments)).Run();
+    }
     const CommandLine commandLine = CommandLine::Parse(argc, argv);
     return Program(commandLine).Run();
 }
