@@ -11,9 +11,9 @@ struct and_op {
     // False and anything is false; otherwise a null makes it unknown.
     template <class R, class A, class B>
     [[gnu::always_inline]] static bit apply(A a, B b) {
-        const unsigned char either = a.value | b.value;
-        const bool unknown = (either & 128) && a.value != 0 && b.value != 0;
-        return {static_cast<unsigned char>(unknown ? 128 : a.value & b.value & 1)};
+        const unsigned char less = a.value < b.value ? a.value : b.value;
+        const unsigned char more = a.value < b.value ? b.value : a.value;
+        return {static_cast<unsigned char>(less == 0 ? 0 : more)};  // of a null and true the null is more
     }
 };
 

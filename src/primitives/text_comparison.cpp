@@ -6,6 +6,7 @@
 
 #include "primitives/thread_collation.h"
 #include "primitives/tokens.h"
+#include "system/UnicodeUnits.h"
 #include "types/collation.h"
 #include "types/heap_reader.h"
 #include "types/usrtype.h"
@@ -144,6 +145,8 @@ void compare_text(unsigned n, text_order* orders, const input_column& a, bool a_
     const usrtype* right_type = b.heap->type();
     const thread_collation collated(left_type->collation() ? left_type->collation() : right_type->collation());
     const bool same_form = left_type->scale() == right_type->scale();
+    const auto width = static_cast<unsigned>(left_type->scale());
+    const bool by_byte = equality && same_form && collated->compares_ascii_by_byte();
     usratom left_atom(left_type);
     usratom right_atom(right_type);
     order_cache cache;
@@ -151,6 +154,10 @@ void compare_text(unsigned n, text_order* orders, const input_column& a, bool a_
         return cache.get(x, y, [&] {
             return values(x, y, [&](std::string_view p, std::string_view q) {
                 if (same_form && p == q) return text_equal;
+                if (by_byte && Unicode::Units::IsPrintableASCII(p, width) &&
+                    Unicode::Units::IsPrintableASCII(q, width)) {
+                    return text_greater;
+                }
                 left_atom.assign(left_type, p.data(), p.size(), true);
                 right_atom.assign(right_type, q.data(), q.size(), true);
                 return sign(collated->compare(left_atom, right_atom));

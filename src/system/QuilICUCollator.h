@@ -34,6 +34,10 @@ public:
     /// its ending 0; 0 when ICU fails, as no key is empty.
     size_t SortKey(std::u16string_view text, std::vector<unsigned char>& key) const;
 
+    /// True when two texts of printable ASCII are equal only if they are the same: each such character has a weight
+    /// of its own that no other nor any neighbour changes.
+    bool TellsAsciiApart() const;
+
     UCollator* handle() const { return m_collator; }
 
 private:

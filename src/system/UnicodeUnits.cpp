@@ -303,6 +303,39 @@ char32_t Units::First(std::string_view text, unsigned width) {
     });
 }
 
+size_t Units::Find(std::string_view text, std::string_view part, size_t from, unsigned width) {
+    size_t at = text.find(part, from);
+    while (at != std::string_view::npos && at % width) at = text.find(part, at + 1);
+    return at;
+}
+
+bool Units::IsPrintableASCII(std::string_view text, unsigned width) {
+    if (text.size() % width) return false;
+    if (width != 1) {
+        for (size_t at = 0; at < text.size(); at += width) {
+            char32_t unit = 0;
+            std::memcpy(&unit, text.data() + at, width);
+            if (unit < ' ' || unit > '~') return false;
+        }
+        return true;
+    }
+    // Eight bytes at a time. Among printable ones nothing is borrowed or carried, so the first byte that is not one
+    // shows itself in its highest bit.
+    constexpr uint64_t ones = 0x0101010101010101;
+    const auto printable = [](uint64_t bytes) {
+        return (((bytes - ones * ' ') | bytes | (bytes + ones * (0x7F - '~'))) & (ones * 0x80)) == 0;
+    };
+    size_t at = 0;
+    uint64_t word = 0;
+    for (; at + sizeof word <= text.size(); at += sizeof word) {
+        std::memcpy(&word, text.data() + at, sizeof word);
+        if (!printable(word)) return false;
+    }
+    word = ones * ' ';
+    std::memcpy(&word, text.data() + at, text.size() - at);
+    return printable(word);
+}
+
 uint64_t Units::SkipSpace(std::string_view text, unsigned width) {
     return with_walker(text, width, [](auto walker) {
         uint64_t at = 0;

@@ -36,6 +36,10 @@ struct Units {
     static uint64_t Fit(std::string_view text, unsigned width, uint64_t bytes);
     /// The code point at the start; 0 for an empty text.
     static char32_t First(std::string_view text, unsigned width);
+    /// The first offset from `from` on, between units, at which `part` lies in `text`; npos when there is none.
+    static size_t Find(std::string_view text, std::string_view part, size_t from, unsigned width);
+    /// True when every unit is one of ASCII from the space to the tilde.
+    static bool IsPrintableASCII(std::string_view text, unsigned width);
     /// The offset behind leading, and in front of trailing white space.
     static uint64_t SkipSpace(std::string_view text, unsigned width);
     static uint64_t SkipSpaceFromEnd(std::string_view text, unsigned width);

@@ -53,11 +53,6 @@ int compare_units(string_view a, string_view b) {
 }
 
 // Byte offsets of `part` in `text`, on unit boundaries.
-size_t find_from(string_view text, string_view part, size_t from, unsigned width) {
-    size_t at = text.find(part, from);
-    while (at != nowhere && at % width) at = text.find(part, at + 1);
-    return at;
-}
 size_t find_before(string_view text, string_view part, size_t from, unsigned width) {
     size_t at = text.rfind(part, from);
     while (at != nowhere && at % width) at = at ? text.rfind(part, at - 1) : nowhere;
@@ -71,7 +66,7 @@ size_t nth(string_view text, string_view part, int n, unsigned width) {
     if (n > 0) {
         size_t from = 0;
         for (int i = 0; i < n; ++i, from = at + part.size()) {
-            at = find_from(text, part, from, width);
+            at = Unicode::Units::Find(text, part, from, width);
             if (at == nowhere) return nowhere;
         }
     } else {
@@ -134,7 +129,7 @@ bool BinaryCollation::endswith(const usratom& text, const usratom& part) const {
 bool BinaryCollation::contains(const usratom& text, const usratom& part) const {
     require_text(text, "collation::contains: Null argument");
     require_text(part, "collation::contains: Null argument");
-    return find_from(text.bytes(), units(part, width_of(text)), 0, width_of(text)) != nowhere;
+    return Unicode::Units::Find(text.bytes(), units(part, width_of(text)), 0, width_of(text)) != nowhere;
 }
 
 int BinaryCollation::find(const usratom& text, const usratom& part, int start) const {
@@ -143,7 +138,7 @@ int BinaryCollation::find(const usratom& text, const usratom& part, int start) c
     if (part.length() == 0) return 1;
     const unsigned width = width_of(text);
     const size_t from = Unicode::Units::Offset(text.bytes(), width, start > 1 ? static_cast<uint64_t>(start) - 1 : 0);
-    return place_of(text.bytes(), find_from(text.bytes(), units(part, width), from, width), width);
+    return place_of(text.bytes(), Unicode::Units::Find(text.bytes(), units(part, width), from, width), width);
 }
 
 int BinaryCollation::findNth(const usratom& text, const usratom& part, int n) const {
@@ -169,7 +164,7 @@ void BinaryCollation::split(usratom& result, const usratom& text, const usratom&
         const size_t before = n == 1 ? 0 : nth(whole, separator, n - 1, width);
         if (before != nowhere) {
             const size_t from = n == 1 ? 0 : before + separator.size();
-            piece = whole.substr(from, find_from(whole, separator, from, width) - from);
+            piece = whole.substr(from, Unicode::Units::Find(whole, separator, from, width) - from);
         }
     } else if (n < 0) {
         const size_t behind = n == -1 ? whole.size() : nth(whole, separator, n + 1, width);
@@ -195,7 +190,7 @@ void BinaryCollation::replace(usratom& result, const usratom& text, const usrato
     std::string replaced;
     size_t done = 0;
     while (!old_part.empty()) {
-        const size_t at = find_from(whole, old_part, done, width);
+        const size_t at = Unicode::Units::Find(whole, old_part, done, width);
         if (at == nowhere) break;
         replaced.append(whole, done, at - done).append(new_part);
         done = at + old_part.size();

@@ -135,6 +135,9 @@ void ICUCollation::split(usratom& result, const usratom& text, const usratom& de
 bool ICUCollation::contains(const usratom& text, const usratom& part) const {
     return local().contains(text, part);
 }
+bool ICUCollation::compares_ascii_by_byte() const {
+    return local().compares_ascii_by_byte();
+}
 void ICUCollation::replace(usratom& result, const usratom& text, const usratom& from, const usratom& to) const {
     local().replace(result, text, from, to);
 }

@@ -48,6 +48,7 @@ public:
     int findNth(const usratom& text, const usratom& part, int n) const override;
     void split(usratom& result, const usratom& text, const usratom& delimiter, int n) const override;
     bool contains(const usratom& text, const usratom& part) const override;
+    bool compares_ascii_by_byte() const override;
     void replace(usratom& result, const usratom& text, const usratom& from, const usratom& to) const override;
     void upper(const usratom& text, usratom& result) const override;
     void lower(const usratom& text, usratom& result) const override;

@@ -52,6 +52,7 @@ ICUCollation::Collator::Collator(std::string locale, Attributes attributes)
             break;
     }
     if (!set) throw QVE_RangeError(status::ICUCollation_setAttributes, "error setting collation attributes");
+    m_asciiByByte = m_collator->TellsAsciiApart();
 }
 
 u16string_view ICUCollation::Collator::utf16(const usratom& text, unsigned buffer) {
@@ -101,10 +102,18 @@ std::unique_ptr<QuilICU::StringSearch> ICUCollation::Collator::search(u16string_
     return opened;
 }
 
+bool ICUCollation::Collator::searches_bytes(const usratom& text, const usratom& part) const {
+    const auto width = static_cast<unsigned>(text.type()->scale());
+    return m_asciiByByte && static_cast<unsigned>(part.type()->scale()) == width &&
+           Unicode::Units::IsPrintableASCII(part.bytes(), width) &&
+           Unicode::Units::IsPrintableASCII(text.bytes(), width);
+}
+
 bool ICUCollation::Collator::startswith(const usratom& text, const usratom& part) {
     require_text(text, "collation::startswith: Null argument");
     require_text(part, "collation::startswith: Null argument");
     if (part.length() == 0 || text.length() == 0) return part.length() == 0;
+    if (searches_bytes(text, part)) return text.bytes().starts_with(part.bytes());
     const auto match = search(utf16(part, 1), utf16(text))->First();
     return match && match->begin == 0;
 }
@@ -113,6 +122,7 @@ bool ICUCollation::Collator::endswith(const usratom& text, const usratom& part) 
     require_text(text, "collation::endswith: Null argument");
     require_text(part, "collation::endswith: Null argument");
     if (part.length() == 0 || text.length() == 0) return part.length() == 0;
+    if (searches_bytes(text, part)) return text.bytes().ends_with(part.bytes());
     const u16string_view units = utf16(text);
     const auto match = search(utf16(part, 1), units)->Last();
     return match && match->end == units.size();
@@ -122,6 +132,10 @@ bool ICUCollation::Collator::contains(const usratom& text, const usratom& part) 
     require_text(text, "collation::contains: Null argument");
     require_text(part, "collation::contains: Null argument");
     if (part.length() == 0 || text.length() == 0) return part.length() == 0;
+    if (searches_bytes(text, part)) {
+        const auto width = static_cast<unsigned>(text.type()->scale());
+        return Unicode::Units::Find(text.bytes(), part.bytes(), 0, width) != std::string_view::npos;
+    }
     return search(utf16(part, 1), utf16(text))->First().has_value();
 }
 
@@ -130,6 +144,12 @@ int ICUCollation::Collator::find(const usratom& text, const usratom& part, int s
     require_text(part, "collation::find: Null argument");
     if (part.length() == 0) return 1;
     if (text.length() == 0) return 0;
+    if (searches_bytes(text, part)) {
+        const auto width = static_cast<unsigned>(text.type()->scale());
+        const size_t from = start > 1 ? (static_cast<size_t>(start) - 1) * width : 0;
+        const size_t at = Unicode::Units::Find(text.bytes(), part.bytes(), from, width);
+        return at == std::string_view::npos ? 0 : static_cast<int>(at / width) + 1;
+    }
     const u16string_view units = utf16(text);
     const size_t from = start > 1 ? unit_offset(units, static_cast<size_t>(start) - 1) : 0;
     if (from >= units.size()) return 0;

@@ -26,6 +26,7 @@ public:
     bool startswith(const usratom& text, const usratom& part);
     bool endswith(const usratom& text, const usratom& part);
     bool contains(const usratom& text, const usratom& part);
+    bool compares_ascii_by_byte() const { return m_asciiByByte; }
     int find(const usratom& text, const usratom& part, int start);
     int findNth(const usratom& text, const usratom& part, int n);
     void split(usratom& result, const usratom& text, const usratom& delimiter, int n);
@@ -40,12 +41,15 @@ private:
     std::unique_ptr<QuilICU::StringSearch> search(std::u16string_view part, std::u16string_view text) const;
     /// The n-th match, from the end for a negative n.
     std::optional<QuilICU::Match> nth(std::u16string_view part, std::u16string_view text, int n) const;
+    /// True when the bytes of the two tell all that a search can find out.
+    bool searches_bytes(const usratom& text, const usratom& part) const;
     size_t sortkey_into_buffer(const usratom& text);
 
     std::string m_locale;
     Attributes m_attributes;
     // Letters of ASCII have the usual other case.
     bool m_asciiCase;
+    bool m_asciiByByte;
     std::unique_ptr<QuilICU::Collator> m_collator;
     std::u16string m_units[3];
     std::u16string m_mapped;

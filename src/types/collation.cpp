@@ -72,6 +72,10 @@ void collation::trim(const usratom& text, usratom& result) const {
     assign_part(text, result, from, from < to ? to : from);
 }
 
+bool collation::compares_ascii_by_byte() const {
+    return false;
+}
+
 const collation* collation::allocate() const {
     return this;
 }

@@ -49,6 +49,9 @@ public:
     /// is none. `result` must be an atom of a varchar type and gets a text of its scale.
     virtual void split(usratom& result, const usratom& text, const usratom& delimiter, int n) const = 0;
     virtual bool contains(const usratom& text, const usratom& part) const = 0;
+    /// True when texts of printable ASCII (Unicode::Units::IsPrintableASCII) are equal only if all their bytes are, so
+    /// that equality and searching need no more than their bytes.
+    virtual bool compares_ascii_by_byte() const;
     /// Every occurrence of `from` becomes `to`. `result` as in split; null where it would pass longest_text.
     virtual void replace(usratom& result, const usratom& text, const usratom& from, const usratom& to) const = 0;
     /// Case mapping with the locale of the collation; `result` as in split.

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <thread>
 
 #include "system/QuillonException.h"
+#include "system/unicode.h"
 #include "tests/types/text_atoms.h"
 #include "types/ICUCollation.h"
 
@@ -44,6 +46,53 @@ TEST(Collations, AreAllDefined) {
     EXPECT_EQ(status_of([] { ICUCollation(L"x", "en", 2); }), 40194);
     EXPECT_EQ(status_of([] { ICUCollation(L"x", "en", 5); }), 40194);
     EXPECT_EQ(dynamic_cast<const ICUCollation&>(get(L"fr_CA")).GetLocale(), "fr");
+}
+
+// Texts of printable ASCII are searched by their bytes where the collation allows; a part in another width of units
+// goes the long way, by ICU, and must find the same.
+TEST(Collations, SearchAsciiByBytesAsByWeights) {
+    std::mt19937 random(3);
+    const auto random_text = [&random](unsigned longest) {
+        std::string result;
+        for (unsigned left = random() % (longest + 1); left > 0; --left) result += "aAbchs -.'0"[random() % 11];
+        return result;
+    };
+    unsigned by_byte = 0;
+    for (const auto& row : ICUCollation::GetBuiltins()) {
+        const collation& rules = get(row.name);
+        if (rules.compares_ascii_by_byte()) {
+            ++by_byte;
+            for (char x = ' '; x <= '~'; ++x) {
+                for (char y = ' '; y <= '~'; ++y) {
+                    EXPECT_EQ(rules.compare(text({&x, 1}), text({&y, 1})) == 0, x == y) << row.locale << x << y;
+                }
+            }
+        }
+        for (int i = 0; i < 150; ++i) {
+            const std::string whole = random_text(10);
+            const std::string part = random_text(3);
+            const std::string shown = narrow(row.name) + ": '" + part + "' in '" + whole + "'";
+            const size_t scale = i % 2 ? 2 : 1;
+            const usratom in = text(whole, scale), same = text(part, scale), other = text(part, 3 - scale);
+            EXPECT_EQ(rules.contains(in, same), rules.contains(in, other)) << shown;
+            EXPECT_EQ(rules.startswith(in, same), rules.startswith(in, other)) << shown;
+            EXPECT_EQ(rules.endswith(in, same), rules.endswith(in, other)) << shown;
+            const int start = static_cast<int>(random() % 12);
+            EXPECT_EQ(rules.find(in, same, start), rules.find(in, other, start)) << shown << " from " << start;
+            if (rules.compares_ascii_by_byte()) {
+                EXPECT_EQ(rules.compare(in, text(part, scale)) == 0, whole == part) << shown;
+            }
+        }
+    }
+    EXPECT_GT(by_byte, 10U);
+    EXPECT_TRUE(get(L"en_US").compares_ascii_by_byte());
+    EXPECT_FALSE(get(L"en_US_CI").compares_ascii_by_byte());
+    // Control characters and what stands beyond ASCII are for ICU: the one has no weight, the other may be written
+    // twice.
+    EXPECT_TRUE(get(L"en_US").contains(text("a\x01"
+                                            "b"),
+                                       text("ab")));
+    EXPECT_TRUE(get(L"en_US").contains(text("caf\xC3\xA9"), text("cafe\xCC\x81")));
 }
 
 TEST(Collations, Strengths) {
