@@ -276,7 +276,9 @@ void register_arithmetic() {
     compare_map<int, int, int>(
         L"div_", [](int x, int y) { return y == 0 ? datatraits<int>::null : x / y; }, may_be_null);
     compare_map<double, double>(L"abs_", [](double x) { return std::fabs(x); });
-    compare_map<double, double, double>(L"greatest", [](double x, double y) { return x < y ? y : x; });
+    // A NaN is above every number, whichever side it is on.
+    compare_map<double, double, double>(L"greatest",
+                                        [](double x, double y) { return x < y || (y != y && x == x) ? y : x; });
     compare_map<double, double>(L"sqrt", [](double x) { return std::sqrt(x); });
 }
 

@@ -7,6 +7,7 @@
 #include "primitives/capacity.h"
 #include "primitives/groups.h"
 #include "primitives/kernel_table.h"
+#include "primitives/null_lanes.h"
 #include "primitives/vector_level.h"
 
 namespace qve {
@@ -49,12 +50,16 @@ struct aggregate_kernel {
     }
 
     /// All rows as one group.
-    template <bool Nulls>
+    template <bool Nulls, bool ByLanes = false>
     [[gnu::always_inline]] static partial reduce(unsigned n, View a, unsigned const* sel) {
         R parts[lanes];
         unsigned_of<R> seen[lanes] = {};
         for (unsigned l = 0; l < lanes; ++l) parts[l] = Op::template identity<R>();
         unsigned k = 0;
+        if constexpr (ByLanes) {
+            k = n / lanes * lanes;
+            seen[0] = null_lanes<Op, R, A>::merge(k, a.data, parts);
+        }
         for (; k + lanes <= n; k += lanes) {
             for (unsigned l = 0; l < lanes; ++l) {
                 const A x = a[sel ? sel[k + l] : k + l];
@@ -80,7 +85,9 @@ struct aggregate_kernel {
     [[gnu::target("sse4.1")]] static partial reduce_nulls_sse41(unsigned n, View a) {
         return reduce<true>(n, a, nullptr);
     }
-    [[gnu::target("avx2")]] static partial reduce_nulls_avx2(unsigned n, View a) { return reduce<true>(n, a, nullptr); }
+    [[gnu::target("avx2")]] static partial reduce_nulls_avx2(unsigned n, View a) {
+        return reduce < true, std::is_same_v<View, col<A>> && has_null_lanes<Op, R, A> > (n, a, nullptr);
+    }
     [[gnu::target("avx2")]] static partial reduce_whole_avx2(unsigned n, View a) {
         return reduce<false>(n, a, nullptr);
     }

@@ -21,6 +21,15 @@ struct count_op {
     [[gnu::always_inline]] static P lift(A) {
         return 1;
     }
+    static constexpr bool has_lanes = true;
+    template <class V>
+    [[gnu::always_inline]] static void merge_lanes(V& parts, const V& more) {
+        add_lanes(parts, more);
+    }
+    template <class V, class X>
+    [[gnu::always_inline]] static void lift_lanes(V& lifted, const X&) {
+        lifted = V{} + 1;
+    }
 };
 
 template <class T>

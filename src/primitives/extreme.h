@@ -33,6 +33,17 @@ struct extreme {
     [[gnu::always_inline]] static P lift(A value) {
         return value;
     }
+    static constexpr bool has_lanes = true;
+    template <class V>
+    [[gnu::always_inline]] static void merge_lanes(V& parts, const V& more) {
+        const V& less = Greatest ? parts : more;
+        const V& greater = Greatest ? more : parts;
+        parts = ((less < greater) | ((greater != greater) & (less == less))) ? more : parts;
+    }
+    template <class V, class X>
+    [[gnu::always_inline]] static void lift_lanes(V& lifted, const X& values) {
+        lifted = values;
+    }
     template <class T>
     using kernel_atom = equivalent<T>;
 };

@@ -23,6 +23,8 @@ namespace qve {
 //                                                they would keep it from being vectorised
 //   vectorised                                   dense loops exist for the wider vector units too;
 //                                                as vectorised_for<R, atoms...> for some
+//   halves<R, atoms...>                          the units of 512 bits would be slower than those of 256: for products
+//                                                of halves the compiler then takes its instruction for whole ones
 
 enum class null_rule { strict, own };
 
@@ -49,6 +51,11 @@ constexpr bool nulls_apart() {
     return false;
 }
 template <class Op, class R, class... A>
+constexpr bool halves() {
+    if constexpr (requires { Op::template halves<R, A...>; }) return Op::template halves<R, A...>;
+    return false;
+}
+template <class Op, class R, class... A>
 constexpr bool vectorised() {
     if constexpr (requires { Op::template vectorised_for<R, A...>; }) {
         return Op::template vectorised_for<R, A...>;
@@ -71,7 +78,7 @@ struct map_kernel {
     [[gnu::always_inline]] static R row(X... x) {
         const R result = Op::template apply<R>(x...);
         if constexpr (Nulls && !own_nulls) {
-            return (is_null(x) | ... | false) ? datatraits<R>::null : result;
+            return (!is_null(x) && ... && true) ? result : datatraits<R>::null;
         } else {
             return result;
         }
@@ -136,9 +143,11 @@ struct map_kernel {
     static unsigned dense_rows(bool whole, unsigned n, R* out, Views... views) {
         if constexpr (detail::vectorised<Op, R, typename Views::atom...>()) {
             const vector_level level = current_vector_level();
-            if (level == vector_level::avx512)
-                return whole ? whole_avx512(n, out, views...) : nulls_avx512(n, out, views...);
-            if (level == vector_level::avx2) return whole ? whole_avx2(n, out, views...) : nulls_avx2(n, out, views...);
+            if constexpr (!detail::halves<Op, R, typename Views::atom...>()) {
+                if (level == vector_level::avx512)
+                    return whole ? whole_avx512(n, out, views...) : nulls_avx512(n, out, views...);
+            }
+            if (level >= vector_level::avx2) return whole ? whole_avx2(n, out, views...) : nulls_avx2(n, out, views...);
             if (level == vector_level::sse41 && !whole) return nulls_sse41(n, out, views...);
         }
         return whole ? whole_scalar(n, out, views...) : nulls_scalar(n, out, views...);

@@ -19,6 +19,15 @@ struct adding {
     [[gnu::always_inline]] static P lift(A value) {
         return static_cast<P>(value);
     }
+    static constexpr bool has_lanes = true;
+    template <class V>
+    [[gnu::always_inline]] static void merge_lanes(V& parts, const V& more) {
+        add_lanes(parts, more);
+    }
+    template <class V, class X>
+    [[gnu::always_inline]] static void lift_lanes(V& lifted, const X& values) {
+        lifted = __builtin_convertvector(values, V);
+    }
     /// Durations add like the counts they hold.
     template <class T>
     using kernel_atom = equivalent<T>;

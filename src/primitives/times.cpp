@@ -10,12 +10,14 @@ struct times_op {
     template <class R, class A, class B>
     static constexpr bool makes_nulls =
         std::is_same_v<R, duration> || std::is_same_v<A, bigint> || std::is_same_v<B, bigint>;
+    template <class R, class A, class B>
+    static constexpr bool halves = std::is_same_v<R, bigint> && sizeof(A) <= 4 && sizeof(B) <= 4;
 
     template <class R, class A, class B>
     [[gnu::always_inline]] static R apply(A a, B b) {
         if constexpr (std::is_same_v<B, duration>) {
             return apply<R>(b, a);
-        } else if constexpr (std::is_same_v<R, bigint> && sizeof(A) <= 4 && sizeof(B) <= 4) {
+        } else if constexpr (halves<R, A, B>) {
             return static_cast<bigint>(a) * static_cast<bigint>(b);  // one instruction for the product of two halves
         } else if constexpr (!std::is_same_v<A, duration>) {
             return static_cast<R>(static_cast<wrapping<R>>(a) * static_cast<wrapping<R>>(b));

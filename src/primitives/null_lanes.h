@@ -1,0 +1,85 @@
+#pragma once
+
+#include <bit>
+#include <cstring>
+#include <type_traits>
+
+#include "primitives/arithmetic.h"
+#include "types/datatraits.h"
+
+namespace qve {
+
+/// Adds a vector of lanes to another; integers wrap.
+template <class V>
+[[gnu::always_inline]] inline void add_lanes(V& sums, const V& more) {
+    using lane = std::remove_cvref_t<decltype(sums[0])>;
+    if constexpr (std::is_floating_point_v<lane>) {
+        sums += more;
+    } else {
+        typedef wrapping<lane> vector __attribute__((vector_size(sizeof(V))));
+        sums = (V)((vector)sums + (vector)more);
+    }
+}
+
+/// Whether null_lanes is there for an operation with result R over values A.
+template <class Op, class R, class A>
+inline constexpr bool has_null_lanes = std::is_arithmetic_v<R>&& std::is_arithmetic_v<A> && sizeof(A) >= 4 &&
+                                       sizeof(A) <= sizeof(R) && requires {
+    Op::has_lanes;
+};
+
+/// Merges the values of rows of which some are null, `rows_in_turn` at a time, for units of 256 bits: what stands
+/// for a null changes nothing. The compiler vectorises no such loop by itself. Row k is merged in lane
+/// k % rows_in_turn, so the result has the bits that merging one row after the other in the same lanes gives.
+///
+/// For an operation that has, besides what aggregate_kernel asks for, over vectors of lanes
+///
+///   template <class V> static void merge_lanes(V& parts, const V& more)
+///   template <class V, class X> static void lift_lanes(V& lifted, const X& values)
+///
+/// which take references, as how vectors are passed depends on the unit.
+template <class Op, class R, class A>
+struct null_lanes {
+    static constexpr unsigned rows_in_turn = 8;
+
+    template <class T, unsigned Count>
+    struct lanes_of {
+        typedef T type __attribute__((vector_size(Count * sizeof(T))));
+    };
+    static constexpr unsigned width = 32 / sizeof(R);
+    static constexpr unsigned vectors = rows_in_turn / width;
+    using results = typename lanes_of<R, width>::type;
+    using values = typename lanes_of<A, width>::type;
+    using result_mask = typename lanes_of<std::make_signed_t<unsigned_of<R>>, width>::type;
+    using value_mask = typename lanes_of<std::make_signed_t<unsigned_of<A>>, width>::type;
+
+    /// Merges the rows from 0 to n-1, a multiple of rows_in_turn, into `parts`, one for each lane. Returns whether one
+    /// is not null.
+    [[gnu::target("avx2")]] static bool merge(unsigned n, const A* rows, R* parts) {
+        constexpr auto null_bits = std::bit_cast<std::make_signed_t<unsigned_of<A>>>(datatraits<A>::null);
+        results merged[vectors];
+        std::memcpy(merged, parts, sizeof merged);
+        value_mask seen = {};
+        const results nothing = results{} + Op::template identity<R>();
+        for (unsigned k = 0; k < n; k += rows_in_turn) {
+            for (unsigned v = 0; v < vectors; ++v) {
+                values x;
+                value_mask bits;
+                std::memcpy(&x, rows + k + v * width, sizeof x);
+                std::memcpy(&bits, rows + k + v * width, sizeof bits);
+                const value_mask is_value = bits != null_bits;
+                results lifted;
+                Op::lift_lanes(lifted, x);
+                lifted = __builtin_convertvector(is_value, result_mask) ? lifted : nothing;
+                Op::merge_lanes(merged[v], lifted);
+                seen |= is_value;
+            }
+        }
+        std::memcpy(parts, merged, sizeof merged);
+        bool any = false;
+        for (unsigned l = 0; l < width; ++l) any |= seen[l] != 0;
+        return any;
+    }
+};
+
+}  // namespace qve
