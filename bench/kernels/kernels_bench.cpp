@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "primitives/define_primitives.h"
+#include "primitives/pack.h"
 #include "primitives/primitive_directory.h"
 #include "primitives/primitive_func.h"
 #include "primitives/signatures.h"
@@ -600,6 +601,32 @@ void register_multimerge() {
         values);
 }
 
+/// Numbers of 7 and of 12 bits to words.
+void register_packing() {
+    for (const unsigned bits : {7u, 12u}) {
+        const auto pack = pack_func_ulng_col_ulng_col(bits);
+        const page_of<unsigned>& numbers = numbers_below(1u << bits);
+        static page_of<unsigned>& packed = page<unsigned>(false);
+        compare(
+            "pack_" + std::to_string(bits),
+            [=, &numbers] { pack(static_cast<unsigned short>(rows), packed.data(), numbers.data()); },
+            [=, &numbers] {
+                uint64_t word = 0;
+                unsigned filled = 0;
+                unsigned* to = packed.data();
+                for (unsigned i = 0; i < rows; ++i) {
+                    word |= static_cast<uint64_t>(numbers[i]) << filled;
+                    filled += bits;
+                    if (filled >= 32) {
+                        *to++ = static_cast<unsigned>(word);
+                        word >>= 32;
+                        filled -= 32;
+                    }
+                }
+            });
+    }
+}
+
 /// Row numbers of a virtual column.
 void register_virtual() {
     const auto numbers = kernel<unary_func>(primitive::klassMap, L"ulng", {{L"ulng", L"vir"}});
@@ -659,6 +686,7 @@ int main(int argc, char** argv) {
     qve::register_texts();
     qve::register_orders();
     qve::register_multimerge();
+    qve::register_packing();
     qve::register_virtual();
     for (const bool parallel : {false, true}) {
         benchmark::RegisterBenchmark(parallel ? "sort_10M_bigint/parallel" : "sort_10M_bigint/one_thread",

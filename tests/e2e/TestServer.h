@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,8 @@ struct ServerSetting {
     bool vectors = true;
     bool plans = false;        ///< each query is run by the text of its plan
     std::string command = {};  ///< a statement to begin with
+
+    friend void PrintTo(const ServerSetting& setting, std::ostream* out) { *out << setting.name; }
 };
 
 /// The settings under which every query is to give the same rows.
