@@ -9,6 +9,8 @@
 
 namespace qve {
 
+class PageGatherer;
+
 /// Gathers the selected rows of sparse pages in full ones, so that the operators above work on dense pages. A page ends
 /// early where a column of the source takes another dictionary or wider tokens.
 class Compact : public DataFlow {
@@ -28,12 +30,9 @@ public:
     RefCntPtr<Column> LookupColumn(const std::wstring& name) const override;
 
 private:
-    /// A column of the source and the page of it that is shown.
-    class Compactor;
-
     bool NextSource(unsigned pageSize);
 
-    std::vector<RefCntPtr<Compactor>> m_compactors;
+    std::vector<RefCntPtr<PageGatherer>> m_gatherers;
     unsigned m_filled = 0;                 // rows in the page
     std::atomic<uint64_t> m_outCursor{0};  // progress is asked for by other threads
     std::atomic<uint64_t> m_previousCursor{0};

@@ -20,22 +20,31 @@ std::string CellText(const Column& column, const input_column& cells, unsigned r
 
 }  // namespace
 
+std::vector<std::vector<std::string>> NextRows(DataFlow& flow, const std::vector<std::wstring>& names,
+                                               unsigned pageSize) {
+    std::vector<std::vector<std::string>> rows;
+    const unsigned extent = flow.Next(pageSize);
+    EXPECT_LE(extent, pageSize);
+    EXPECT_LE(flow.GetSelectionCount(), extent);
+    for (unsigned k = 0; k < flow.GetSelectionCount(); ++k) {
+        const unsigned row = flow.GetSelection() ? flow.GetSelection()[k] : k;
+        std::vector<std::string> cells;
+        for (const std::wstring& name : names) {
+            const Column& column = *flow.GetColumn(name);
+            EXPECT_GE(column.GetInput(0).count, extent);
+            cells.push_back(CellText(column, column.GetInput(0), row));
+        }
+        rows.push_back(std::move(cells));
+    }
+    return rows;
+}
+
 std::vector<std::vector<std::string>> Drain(DataFlow& flow, const std::vector<std::wstring>& names, unsigned pageSize) {
     std::vector<std::vector<std::string>> rows;
-    while (const unsigned extent = flow.Next(pageSize)) {
-        EXPECT_LE(extent, pageSize);
-        EXPECT_LE(flow.GetSelectionCount(), extent);
-        for (unsigned k = 0; k < flow.GetSelectionCount(); ++k) {
-            const unsigned row = flow.GetSelection() ? flow.GetSelection()[k] : k;
-            std::vector<std::string> cells;
-            for (const std::wstring& name : names) {
-                const Column& column = *flow.GetColumn(name);
-                EXPECT_GE(column.GetInput(0).count, extent);
-                cells.push_back(CellText(column, column.GetInput(0), row));
-            }
-            rows.push_back(std::move(cells));
-        }
-    }
+    do {
+        auto page = NextRows(flow, names, pageSize);
+        rows.insert(rows.end(), std::make_move_iterator(page.begin()), std::make_move_iterator(page.end()));
+    } while (flow.GetExtent() > 0);
     EXPECT_EQ(flow.Next(pageSize), 0u);
     EXPECT_EQ(flow.GetExtent(), 0u);
     EXPECT_EQ(flow.GetSelectionCount(), 0u);

@@ -14,6 +14,10 @@ namespace qve {
 std::vector<std::vector<std::string>> Drain(DataFlow& flow, const std::vector<std::wstring>& names,
                                             unsigned pageSize = 1024);
 
+/// The same of the next page only; its extent tells whether there was one.
+std::vector<std::vector<std::string>> NextRows(DataFlow& flow, const std::vector<std::wstring>& names,
+                                               unsigned pageSize);
+
 /// The cells of one page of results at the given rows, as text.
 std::vector<std::string> PageCells(const Exp& exp, const std::vector<unsigned>& rows);
 

@@ -5,6 +5,7 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
@@ -140,6 +141,16 @@ void FormatNamespace::VisitFlowTable(FlowTable& table) {
 void FormatNamespace::VisitCartProd(CartProd& flow) {
     const Operator line(*this, flow, L"cartprod " + Pairs(flow.GetImports()));
     OperatorVisitorImpl::VisitCartProd(flow);
+}
+
+void FormatNamespace::VisitClusteringFlow(ClusteringFlow& flow) {
+    std::wstring text = L"clustering-flow " + FormatExp::Do(ContextType::map, flow.GetNumber()) + L" " +
+                        std::to_wstring(flow.GetClusterCount());
+    if (flow.GetLimit() != ClusteringFlow::rowsOfCluster * flow.GetClusterCount()) {
+        text += L" " + std::to_wstring(flow.GetLimit());
+    }
+    const Operator line(*this, flow, std::move(text));
+    OperatorVisitorImpl::VisitClusteringFlow(flow);
 }
 
 void FormatNamespace::VisitCompact(Compact& flow) {

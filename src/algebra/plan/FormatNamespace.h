@@ -35,6 +35,7 @@ public:
     void VisitAggr(Aggr& table) override;
     void VisitAppend(Append& flow) override;
     void VisitCartProd(CartProd& flow) override;
+    void VisitClusteringFlow(ClusteringFlow& flow) override;
     void VisitCompact(Compact& flow) override;
     void VisitFlowTable(FlowTable& table) override;
     void VisitFractionTable(FractionTable& table) override;

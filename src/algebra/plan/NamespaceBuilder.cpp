@@ -8,6 +8,7 @@
 #include "algebra/AggrExp.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
@@ -59,17 +60,29 @@ std::wstring NamespaceBuilder::ResolveDataFile(const std::wstring& path) const {
 
 RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
     static const std::unordered_map<std::wstring, Builder> builders{
-        {L"aggregate", &NamespaceBuilder::BuildAggr},      {L"ordaggr", &NamespaceBuilder::BuildAggr},
-        {L"append", &NamespaceBuilder::BuildAppend},       {L"cartprod", &NamespaceBuilder::BuildCartProd},
-        {L"compact", &NamespaceBuilder::BuildCompact},     {L"fraction", &NamespaceBuilder::BuildFractionTable},
-        {L"shared", &NamespaceBuilder::BuildSharedTable},  {L"flowtable", &NamespaceBuilder::BuildFlowTable},
-        {L"indexjoin", &NamespaceBuilder::BuildIndexJoin}, {L"indextable", &NamespaceBuilder::BuildIndexTable},
-        {L"pivot", &NamespaceBuilder::BuildPivot},         {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
-        {L"join", &NamespaceBuilder::BuildJoin},           {L"lookup", &NamespaceBuilder::BuildJoin},
-        {L"order", &NamespaceBuilder::BuildOrder},         {L"project", &NamespaceBuilder::BuildProject},
-        {L"restrict", &NamespaceBuilder::BuildRestrict},   {L"scan", &NamespaceBuilder::BuildScan},
-        {L"select", &NamespaceBuilder::BuildSelect},       {L"table", &NamespaceBuilder::BuildTable},
-        {L"text", &NamespaceBuilder::BuildText},           {L"top", &NamespaceBuilder::BuildTopN},
+        {L"aggregate", &NamespaceBuilder::BuildAggr},
+        {L"ordaggr", &NamespaceBuilder::BuildAggr},
+        {L"append", &NamespaceBuilder::BuildAppend},
+        {L"cartprod", &NamespaceBuilder::BuildCartProd},
+        {L"clustering-flow", &NamespaceBuilder::BuildClusteringFlow},
+        {L"compact", &NamespaceBuilder::BuildCompact},
+        {L"fraction", &NamespaceBuilder::BuildFractionTable},
+        {L"shared", &NamespaceBuilder::BuildSharedTable},
+        {L"flowtable", &NamespaceBuilder::BuildFlowTable},
+        {L"indexjoin", &NamespaceBuilder::BuildIndexJoin},
+        {L"indextable", &NamespaceBuilder::BuildIndexTable},
+        {L"pivot", &NamespaceBuilder::BuildPivot},
+        {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
+        {L"join", &NamespaceBuilder::BuildJoin},
+        {L"lookup", &NamespaceBuilder::BuildJoin},
+        {L"order", &NamespaceBuilder::BuildOrder},
+        {L"project", &NamespaceBuilder::BuildProject},
+        {L"restrict", &NamespaceBuilder::BuildRestrict},
+        {L"scan", &NamespaceBuilder::BuildScan},
+        {L"select", &NamespaceBuilder::BuildSelect},
+        {L"table", &NamespaceBuilder::BuildTable},
+        {L"text", &NamespaceBuilder::BuildText},
+        {L"top", &NamespaceBuilder::BuildTopN},
     };
     const Nodes& form = m_reader.List(node);
     if (form.empty()) m_reader.Raise(L"empty operator", node);
@@ -195,6 +208,18 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildFlowTable(const Nodes& form) {
         encodings = access == L"plain" ? 0 : FlowTable::randomAccess;
     }
     return MakeRef<FlowTable>(BuildFlow(form.back()), encodings);
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildClusteringFlow(const Nodes& form) {
+    constexpr long long mostClusters = 1 << 16;
+    Expect(form, 3, 4);
+    RefCntPtr<DataFlow> source = BuildFlow(form.back());
+    RefCntPtr<Exp> number = ExpBuilder(ContextType::map, *source)(form[1]);
+    const auto clusters = static_cast<unsigned>(m_reader.Integer(form[2], 1, mostClusters));
+    const long long limit = form.size() == 5 ? m_reader.Integer(form[3], 1, anyNumber)
+                                             : static_cast<long long>(ClusteringFlow::rowsOfCluster * clusters);
+    return MakeRef<ClusteringFlow>(std::move(source), std::move(number), clusters,
+                                   static_cast<unsigned long long>(limit));
 }
 
 RefCntPtr<Namespace> NamespaceBuilder::BuildCompact(const Nodes& form) {

@@ -60,6 +60,7 @@ private:
     RefCntPtr<Namespace> BuildAggr(const Nodes& form);
     RefCntPtr<Namespace> BuildAppend(const Nodes& form);
     RefCntPtr<Namespace> BuildCartProd(const Nodes& form);
+    RefCntPtr<Namespace> BuildClusteringFlow(const Nodes& form);
     RefCntPtr<Namespace> BuildCompact(const Nodes& form);
     RefCntPtr<Namespace> BuildFlowTable(const Nodes& form);
     RefCntPtr<Namespace> BuildFractionTable(const Nodes& form);

@@ -3,6 +3,7 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
@@ -209,6 +210,10 @@ void NamespaceVisitor::VisitTopN(TopN& flow) {
     VisitNamespace(flow);
 }
 
+void NamespaceVisitor::VisitClusteringFlow(ClusteringFlow& flow) {
+    VisitNamespace(flow);
+}
+
 void NamespaceVisitor::VisitCompact(Compact& flow) {
     VisitNamespace(flow);
 }
@@ -225,10 +230,6 @@ void NamespaceVisitor::VisitSharedTable(SharedTable& table) {
 
 void NamespaceVisitor::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void NamespaceVisitor::VisitClusteringFlow(ClusteringFlow&) {
-    throw_absent_operator("ClusteringFlow");
 }
 
 void NamespaceVisitor::VisitDictionaryTable(DictionaryTable&) {

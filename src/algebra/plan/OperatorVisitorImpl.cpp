@@ -3,6 +3,7 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
@@ -148,6 +149,10 @@ void OperatorVisitorImpl::VisitTextScan(TextScan&) {}
 
 void OperatorVisitorImpl::VisitBinaryScan(BinaryScan&) {}
 
+void OperatorVisitorImpl::VisitClusteringFlow(ClusteringFlow& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
 void OperatorVisitorImpl::VisitCompact(Compact& flow) {
     flow.GetSource()->Accept(m_below);
 }
@@ -164,10 +169,6 @@ void OperatorVisitorImpl::VisitSharedTable(SharedTable& table) {
 
 void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void OperatorVisitorImpl::VisitClusteringFlow(ClusteringFlow&) {
-    throw_absent_operator("ClusteringFlow");
 }
 
 void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable&) {

@@ -2,6 +2,7 @@
 
 #include "algebra/Aggr.h"
 #include "algebra/AggrExp.h"
+#include "algebra/ClusteringFlow.h"
 #include "algebra/ColumnExp.h"
 #include "algebra/Compact.h"
 #include "algebra/FlowTable.h"
@@ -83,19 +84,21 @@ TEST(OperatorVisitorTest, WalksReachEveryOperator) {
 }
 
 // What several flows may read is walked, written and estimated as any other operator.
-TEST(OperatorVisitorTest, PassesThroughSharesAndCompactPages) {
+TEST(OperatorVisitorTest, PassesThroughSharesAndCollectedPages) {
     const auto shares = [](std::vector<std::wstring> clusters) {
         const auto table = Numbers(100);
         table->Build(10);
-        return MakeRef<Compact>(MakeRef<Scan>(
+        const auto compact = MakeRef<Compact>(MakeRef<Scan>(
             MakeRef<FractionTable>(MakeRef<SharedTable>(table), 1, 4, std::move(clusters)), ColumnNames{L"a"}));
+        return MakeRef<ClusteringFlow>(compact, MakeRef<ColumnExp>(L"a"), 8, 100);
     };
     const auto flow = shares({});
     EXPECT_EQ(FormatNamespace::Do(*shares({L"a"})),
-              L"(compact\n  (scan ([a])\n    (fraction 1 4 ([a])\n      (shared\n        (table [sample] ([a]))))))");
+              L"(clustering-flow [a] 8 100\n  (compact\n    (scan ([a])\n      (fraction 1 4 ([a])\n        (shared\n"
+              L"          (table [sample] ([a])))))))");
     Counter counter;
     flow->Accept(counter);
-    EXPECT_EQ(counter.nodes, 5u);
+    EXPECT_EQ(counter.nodes, 6u);
 
     const auto estimate = EstimateProgress::Do(*flow);
     EXPECT_EQ(estimate.first, 25u);

@@ -82,6 +82,7 @@ TEST(PlanText, RefusesWhatIsNoPlan) {
         {L"(select [a])", 49012, "Wrong number of arguments"},
         {L"(flowtable somehow (table [a].[b] ()))", 49012, "unknown access"},
         {L"(text 5 () () ())", 49012, "expected literal"},
+        {L"(clustering-flow 1)", 49012, "Wrong number of arguments"},
         {L"(compact)", 49012, "Wrong number of arguments"},
         {L"(shared (scan) (scan))", 49012, "Wrong number of arguments"},
         {L"(fraction 1 (table [a].[b] ()))", 49012, "Wrong number of arguments"},
