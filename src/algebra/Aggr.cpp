@@ -2,9 +2,15 @@
 
 #include <algorithm>
 
+#include "algebra/ColumnExp.h"
+#include "algebra/ExpVisitorImpl.h"
 #include "algebra/GroupPartition.h"
+#include "algebra/GroupParts.h"
 #include "algebra/HashGrouping.h"
+#include "algebra/OperatorProgressCallback.h"
 #include "algebra/OperatorVisitor.h"
+#include "algebra/ProgressCallbackImpl.h"
+#include "algebra/SpilledRows.h"
 #include "algebra/group_key_properties.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
@@ -16,6 +22,18 @@
 
 namespace qve {
 
+namespace {
+
+// So many groups, with their keys and accumulators, stay in the caches of a processor. A budget that is small for the
+// data says the same of memory, in bytes for a group.
+constexpr uint64_t cachedGroups = 1u << 15;
+constexpr uint64_t bytesForCachedGroup = 1u << 14;
+// A group takes less, in the table of hashes and in the columns, but not much less while a table grows, and there are
+// other operators.
+constexpr uint64_t bytesForGroup = 1u << 10;
+
+}  // namespace
+
 Aggr::Aggr(RefCntPtr<DataFlow> source, ColumnNames keyNames, std::vector<RefCntPtr<Exp>> aggregates,
            unsigned groupLimit, unsigned estimate)
     : m_source(std::move(source)),
@@ -23,7 +41,8 @@ Aggr::Aggr(RefCntPtr<DataFlow> source, ColumnNames keyNames, std::vector<RefCntP
       m_aggregates(std::move(aggregates)),
       m_groupLimit(groupLimit),
       m_estimate(estimate),
-      m_partition(std::make_unique<GroupPartition>()) {
+      m_partition(std::make_unique<GroupPartition>()),
+      m_progress(MakeRef<ProgressCallbackImpl>()) {
     if (!m_source) throw QVE_InvalidArgument(status::Aggr_source, "Aggr::Aggr missing m_source");
     for (const std::wstring& key : m_keyNames) m_columns.emplace(key, nullptr);
     for (const RefCntPtr<Exp>& aggregate : m_aggregates) m_columns.emplace(aggregate->GetName(), nullptr);
@@ -139,19 +158,140 @@ void Aggr::ProcessData(unsigned pageSize) {
     m_missList.resize(std::max<size_t>(m_missList.size(), size_t{pageSize} + 1));
     m_insertList.resize(m_missList.size());
     while (const unsigned extent = m_source->Next(pageSize)) {
+        OperatorProgressCallback::Check(m_progress.get());
         const unsigned count = m_source->GetSelectionCount();
         if (count == 0) continue;
-        const unsigned* sel = m_source->GetSelection();
         if (m_keys.empty()) BindKeys();
         if (!m_grouping) SetGrouping(ChooseGrouping());
-        const input_column groups = AssignGroups(count, extent, sel);
-        for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Evaluate(count, extent, sel, m_source.get());
-        Accumulate(count, groups, sel);
+        ProcessPage(count, extent, m_source->GetSelection());
         if (m_groupCount > m_groupLimit) break;
     }
     if (const auto hash = DynamicPtrCast<HashGrouping>(m_grouping)) {
         hash->LogHashtableStatistics("Aggr::ProcessData : HashGrouping::InsertHash");
     }
+    if (m_spilled) {
+        const std::unique_ptr<SpilledRows> rows = std::move(m_spilled);
+        ProcessSpilled(*rows, 1, pageSize);
+        MergeParts();
+    }
+}
+
+void Aggr::ProcessPage(unsigned count, unsigned extent, const unsigned* sel) {
+    m_pageSpilled = false;
+    const input_column groups = AssignGroups(count, extent, sel);
+    if (m_pageSpilled) {
+        count = static_cast<unsigned>(m_hits.size());
+        sel = m_hits.data();
+        if (count == 0) return;
+    }
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Evaluate(count, extent, sel, m_source.get());
+    Accumulate(count, groups, sel);
+}
+
+// What is gathered for all rows cannot be finished in parts, and a limit counts the groups of all rows.
+bool Aggr::CanSpill() const {
+    if (m_groupLimit != noLimit || m_spillLevel >= SpilledRows::levels) return false;
+    if (m_grouping->NameId() != GroupingIdType::hash) return false;
+    const ColumnNames inputs = GetInputNames();
+    return std::none_of(m_aggregates.begin(), m_aggregates.end(), [](const auto& exp) { return exp->NeedsFinish(); }) &&
+           std::all_of(inputs.begin(), inputs.end(), [this](const std::wstring& name) {
+               return m_source->GetColumn(name)->GetStorageName() == Column::storageCol;
+           });
+}
+
+// While half of the rows make new groups, there will be several times as many as there are.
+bool Aggr::WantsToSpill(unsigned misses, unsigned count) {
+    const uint64_t budget = BudgetedMemory::GetBudget();
+    const uint64_t cached = std::min(cachedGroups, budget / bytesForCachedGroup);
+    if (m_spillLevel == 0 && m_groupCount >= std::max<uint64_t>(m_nextSpillCheck, cached)) {
+        m_nextSpillCheck = 2 * m_groupCount;
+        if (misses >= count / 2) return CanSpill();
+    }
+    if (m_groupCount < budget / bytesForGroup) return false;
+    return CanSpill();
+}
+
+void Aggr::Spill(unsigned misses, unsigned count, const unsigned* sel, input_column hashes) {
+    if (!m_spilled) {
+        std::vector<RefCntPtr<Column>> columns;
+        for (const std::wstring& name : GetInputNames()) columns.push_back(m_source->GetColumn(name));
+        m_spilled = std::make_unique<SpilledRows>(std::move(columns), m_spillLevel);
+        if (!m_parts) m_nextSequence = m_groupCount;
+    }
+    // Rows that only share their hash with a group come last.
+    const auto end = m_missList.begin() + misses;
+    if (!std::is_sorted(m_missList.begin(), end)) std::sort(m_missList.begin(), end);
+    m_spilled->Add(misses, m_missList.data(), hashes, m_sequence, m_nextSequence);
+    if (!m_sequence) m_nextSequence += misses;
+    m_hits.clear();
+    for (unsigned i = 0, miss = 0; i < count; ++i) {
+        const unsigned row = sel ? sel[i] : i;
+        if (miss < misses && m_missList[miss] == row) {
+            ++miss;
+        } else {
+            m_hits.push_back(row);
+        }
+    }
+    m_pageSpilled = true;
+}
+
+// The columns of the source that keys and aggregates read, but for those with one value for all rows.
+ColumnNames Aggr::GetInputNames() const {
+    class Collector : public ExpVisitorImpl {
+    public:
+        void VisitColumnExp(ColumnExp& exp) override { names.insert(exp.GetColumnName()); }
+        ColumnNames names;
+    } collector;
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->Accept(collector);
+    collector.names.insert(m_keyNames.begin(), m_keyNames.end());
+    ColumnNames names;
+    for (const std::wstring& name : collector.names) {
+        if (m_source->GetColumn(name)->GetStorageName() != Column::storageVal) names.insert(name);
+    }
+    return names;
+}
+
+void Aggr::ProcessSpilled(SpilledRows& rows, unsigned level, unsigned pageSize) {
+    if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) {
+        LogEntry() << "AGGR partitions: " << rows.GetCount() << " rows set aside, " << rows.GetBytesInFile()
+                   << " bytes in a file, level " << level;
+    }
+    if (!m_parts) {
+        std::vector<RefCntPtr<Column>> columns;
+        for (const auto& [name, column] : m_columns) columns.push_back(column);
+        m_parts = std::make_unique<GroupParts>(std::move(columns));
+        m_parts->Add(m_groupCount, nullptr);
+    }
+    for (unsigned partition = 0; partition < SpilledRows::partitions; ++partition) {
+        const unsigned expected = m_parts->GetPartCount() > 1 ? m_groupCount + m_groupCount / 8 : 0;
+        m_groupCount = 0;
+        m_firstSeen.clear();
+        m_grouping->Reset(expected);
+        m_spillLevel = level;
+        rows.StartPartition(partition);
+        while (const unsigned count = rows.Next(pageSize)) {
+            OperatorProgressCallback::Check(m_progress.get());
+            m_sequence = rows.GetSequence();
+            ProcessPage(count, count, nullptr);
+        }
+        if (m_parts->GetCount() + m_groupCount > mostGroups) {
+            throw QVE_OverflowError(status::Aggr_InsertRows, "Aggr::InsertRows");
+        }
+        m_parts->Add(m_groupCount, m_firstSeen.data());
+        if (m_spilled) {
+            const std::unique_ptr<SpilledRows> further = std::move(m_spilled);
+            ProcessSpilled(*further, level + 1, pageSize);
+        }
+    }
+    rows.Finish();
+    m_sequence = nullptr;
+}
+
+void Aggr::MergeParts() {
+    m_parts->Merge(m_nextSequence, m_progress.get());
+    m_groupCount = static_cast<unsigned>(m_parts->GetCount());
+    m_parts.reset();
+    budgeted_vector<uint64_t>().swap(m_firstSeen);
 }
 
 input_column Aggr::AssignGroups(unsigned count, unsigned extent, const unsigned* sel) {
@@ -164,6 +304,11 @@ input_column Aggr::AssignGroups(unsigned count, unsigned extent, const unsigned*
     m_groupIds->SetFlags(column_flags::not_null);
     const output_column groups = m_groupIds->GetOutput();
     unsigned misses = m_grouping->Probe(count, m_missList.data(), groups, hashes, sel, m_context.get());
+    if (misses > 0 && (m_spilled || WantsToSpill(misses, count))) {
+        Spill(misses, count, sel, hashes);
+        m_groupIds->SetFlags(column_flags::not_null);  // the one group of all rows is not that of the ones left
+        return m_groupIds->GetInput();
+    }
     while (misses > 0) {
         if (!m_grouping->Accepts(misses, m_missList.data(), hashes)) {
             ReplaceByHash();
@@ -190,6 +335,9 @@ void Aggr::InsertRows(unsigned count, const unsigned* rows) {
     if (count > mostGroups - m_groupCount) throw QVE_OverflowError(status::Aggr_InsertRows, "Aggr::InsertRows");
     for (CellCopier& key : m_keys) key.Append(count, rows);
     for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->GetColumn()->Append(count, false);
+    if (m_sequence) {
+        for (unsigned i = 0; i < count; ++i) m_firstSeen.push_back(m_sequence[rows[i]]);
+    }
     m_groupCount += count;
     m_grouping->SetSize(m_groupCount);
 }

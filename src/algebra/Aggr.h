@@ -11,10 +11,14 @@
 #include "algebra/Grouping.h"
 #include "algebra/RadixCluster.h"
 #include "algebra/Table.h"
+#include "os/BudgetedMemory.h"
 
 namespace qve {
 
 class GroupPartition;
+class GroupParts;
+class ProgressCallback;
+class SpilledRows;
 
 /// Reduces the rows of a flow to groups of equal keys. The groups are the rows of the table, in the order in which
 /// their keys first appear; null keys form a group. Without keys there is one group, and none when there is no row.
@@ -53,6 +57,8 @@ public:
     std::wstring GetGroupingName() const;
 
     const RefCntPtr<DataFlow>& GetSource() const { return m_source; }
+    /// Where a cancel of the running build is posted. Any thread.
+    const RefCntPtr<ProgressCallback>& GetProgressCallback() const { return m_progress; }
     const ColumnNames& GetKeyNames() const { return m_keyNames; }
     const std::vector<RefCntPtr<Exp>>& GetAggregates() const { return m_aggregates; }
     unsigned GetGroupLimit() const { return m_groupLimit; }
@@ -69,6 +75,14 @@ protected:
 private:
     // Group numbers stay below what marks entries of the groupings.
     static constexpr unsigned mostGroups = ~0u - 2;
+
+    void ProcessPage(unsigned count, unsigned extent, const unsigned* sel);
+    void ProcessSpilled(SpilledRows& rows, unsigned level, unsigned pageSize);
+    void MergeParts();
+    bool CanSpill() const;
+    bool WantsToSpill(unsigned misses, unsigned count);
+    void Spill(unsigned misses, unsigned count, const unsigned* sel, input_column hashes);
+    ColumnNames GetInputNames() const;
 
     void BindKeys();
     std::vector<std::wstring> SeparatingKeys() const;
@@ -95,6 +109,16 @@ private:
     std::vector<CellCopier> m_keys;
     std::vector<unsigned> m_missList;
     std::vector<unsigned> m_insertList;
+    const RefCntPtr<ProgressCallback> m_progress;
+    std::unique_ptr<SpilledRows> m_spilled;  // rows of groups that are not among those at work
+    std::unique_ptr<GroupParts> m_parts;     // once there were any
+    unsigned m_spillLevel = 0;
+    unsigned m_nextSpillCheck = 0;
+    bool m_pageSpilled = false;  // rows of the page were set aside, m_hits are left
+    std::vector<unsigned> m_hits;
+    const uint64_t* m_sequence = nullptr;   // of the page's rows, when they had been set aside
+    budgeted_vector<uint64_t> m_firstSeen;  // of the groups at work, likewise
+    uint64_t m_nextSequence = 0;
     std::wstring m_groupingName;
     unsigned m_groupCount = 0;
     bool m_built = false;

@@ -10,9 +10,8 @@
 #include <unordered_set>
 
 #include "os/MappedFile.h"
-#include "os/OS.h"
-#include "os/Path.h"
 #include "os/PosixApi.h"
+#include "os/SpillFile.h"
 #include "os/status.h"
 
 namespace qve {
@@ -61,15 +60,7 @@ bool Take(uint64_t size) {
 
 // A file that has no name and all of its space, so that no write to the mapping can fail.
 void* MapFile(uint64_t size) {
-    const std::string directory = Path::utf8path(OS::gettempdir());
-    int file = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (file < 0) {
-        const std::wstring path = OS::mkstemp();
-        file = ::open(Path::utf8path(path).c_str(), O_RDWR | O_CLOEXEC);
-        const int error = errno;
-        OS::unlink(path);
-        if (file < 0) Fail(error);
-    }
+    const int file = SpillFile::Open();
     const int full = ::posix_fallocate(file, 0, static_cast<off_t>(size));
     void* block = full ? MAP_FAILED : ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     const int error = full ? full : errno;

@@ -78,13 +78,15 @@ private:
     size_t third(K key) const {
         return ((static_cast<unsigned long long>(key) * 0x87a2e4d5U) >> 16 & mask()) | size_t{2} << m_nbits;
     }
+    // As arithmetic: of a condition the compiler makes a jump, which waits for the memory and is often foretold wrong.
+    static V only_if(bool condition, V value) { return static_cast<V>((V{0} - static_cast<V>(condition)) & value); }
     V probe(K key) const {
         const slot& a = m_slots[first(key)];
         const slot& b = m_slots[second(key)];
         const slot& c = m_slots[third(key)];
-        const V va = a.first == key ? static_cast<V>(a.second + 1) : 0;
-        const V vb = b.first == key ? static_cast<V>(b.second + 1) : 0;
-        const V vc = c.first == key ? static_cast<V>(c.second + 1) : 0;
+        const V va = only_if(a.first == key, static_cast<V>(a.second + 1));
+        const V vb = only_if(b.first == key, static_cast<V>(b.second + 1));
+        const V vc = only_if(c.first == key, static_cast<V>(c.second + 1));
         return static_cast<V>((va | vb | vc) - 1);
     }
     V stash_lookup(K key) const;

@@ -20,6 +20,7 @@ const std::vector<ServerSetting>& ServerSettings() {
         {"no_encodings", "encodings:false\n"},
         {"large_pages", "block-length:4096\n"},
         {"small_work_buffer", "work-buffer-size:1\n"},
+        {"small_memory", "", true, false, "(settings set global \"MemoryBudget\" 1)"},
         {"plan_text", "", true, true},
     };
     return settings;

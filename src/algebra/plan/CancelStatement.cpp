@@ -1,5 +1,6 @@
 #include "algebra/plan/CancelStatement.h"
 
+#include "algebra/Aggr.h"
 #include "algebra/CartProd.h"
 #include "algebra/Join.h"
 #include "algebra/Namespace.h"
@@ -20,6 +21,11 @@ namespace qve {
 void CancelStatement::Do(Operator& root) {
     CancelStatement cancel;
     if (auto* columns = dynamic_cast<Namespace*>(&root)) columns->Accept(cancel);
+}
+
+void CancelStatement::VisitAggr(Aggr& table) {
+    OperatorVisitorImpl::VisitAggr(table);
+    table.GetProgressCallback()->SetCancelled();
 }
 
 void CancelStatement::VisitBinaryScan(BinaryScan& flow) {

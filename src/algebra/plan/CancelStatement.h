@@ -13,6 +13,7 @@ class CancelStatement : public OperatorVisitorImpl {
 public:
     static void Do(Operator& root);
 
+    void VisitAggr(Aggr& table) override;
     void VisitBinaryScan(BinaryScan& flow) override;
     void VisitCreateColumn(CreateColumn& statement) override;
     void VisitCartProd(CartProd& flow) override;
