@@ -189,14 +189,23 @@ void Aggr::ProcessPage(unsigned count, unsigned extent, const unsigned* sel) {
 }
 
 // What is gathered for all rows cannot be finished in parts, and a limit counts the groups of all rows.
+bool Aggr::HasPartialMeasures() const {
+    return m_groupLimit == noLimit &&
+           std::none_of(m_aggregates.begin(), m_aggregates.end(), [](const auto& exp) { return exp->NeedsFinish(); });
+}
+
+// Beyond this number of groups rows are set aside, and a table for more would be all misses of the cache.
+unsigned Aggr::FirstTableSize() const {
+    return HasPartialMeasures() ? std::min<unsigned>(m_estimate, 2 * cachedGroups) : m_estimate;
+}
+
 bool Aggr::CanSpill() const {
-    if (m_groupLimit != noLimit || m_spillLevel >= SpilledRows::levels) return false;
+    if (!HasPartialMeasures() || m_spillLevel >= SpilledRows::levels) return false;
     if (m_grouping->NameId() != GroupingIdType::hash) return false;
     const ColumnNames inputs = GetInputNames();
-    return std::none_of(m_aggregates.begin(), m_aggregates.end(), [](const auto& exp) { return exp->NeedsFinish(); }) &&
-           std::all_of(inputs.begin(), inputs.end(), [this](const std::wstring& name) {
-               return m_source->GetColumn(name)->GetStorageName() == Column::storageCol;
-           });
+    return std::all_of(inputs.begin(), inputs.end(), [this](const std::wstring& name) {
+        return m_source->GetColumn(name)->GetStorageName() == Column::storageCol;
+    });
 }
 
 // While half of the rows make new groups, there will be several times as many as there are.
@@ -220,7 +229,9 @@ void Aggr::Spill(unsigned misses, unsigned count, const unsigned* sel, input_col
     }
     // Rows that only share their hash with a group come last.
     const auto end = m_missList.begin() + misses;
-    if (!std::is_sorted(m_missList.begin(), end)) std::sort(m_missList.begin(), end);
+    const auto shared = std::is_sorted_until(m_missList.begin(), end);
+    std::sort(shared, end);
+    std::inplace_merge(m_missList.begin(), shared, end);
     m_spilled->Add(misses, m_missList.data(), hashes, m_sequence, m_nextSequence);
     if (!m_sequence) m_nextSequence += misses;
     m_hits.clear();

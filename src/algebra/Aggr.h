@@ -80,6 +80,8 @@ private:
     void ProcessSpilled(SpilledRows& rows, unsigned level, unsigned pageSize);
     void MergeParts();
     bool CanSpill() const;
+    bool HasPartialMeasures() const;
+    unsigned FirstTableSize() const;
     bool WantsToSpill(unsigned misses, unsigned count);
     void Spill(unsigned misses, unsigned count, const unsigned* sel, input_column hashes);
     ColumnNames GetInputNames() const;

@@ -49,7 +49,7 @@ RefCntPtr<Grouping> Aggr::MakeGrouping(GroupingIdType strategy, const std::vecto
         }
         case GroupingIdType::hash: {
             const RefCntPtr<Exp> hash = HashGrouping::ResolveHash(*m_source, keys);
-            return hash ? MakeRef<HashGrouping>(semantics, hash, hash, keys, m_estimate) : nullptr;
+            return hash ? MakeRef<HashGrouping>(semantics, hash, hash, keys, FirstTableSize()) : nullptr;
         }
         default:
             return nullptr;
@@ -73,7 +73,7 @@ void Aggr::ReplaceByHash() {
         return copier.GetFrom()->GetStorageName() != Column::storageVal;
     });
     const std::vector<std::wstring> names = {key->GetTo()->GetName()};
-    const unsigned expected = std::max(m_estimate, 2 * m_groupCount);
+    const unsigned expected = std::max(FirstTableSize(), 2 * m_groupCount);
     if (const RefCntPtr<Exp> packed = PerfectHashGrouping::ResolveHash(*m_source, names)) {
         const auto grouping = MakeRef<PerfectHashGrouping>(semantics, packed, packed, expected);
         grouping->AdoptGroups(*key->GetTo(), m_groupCount);
