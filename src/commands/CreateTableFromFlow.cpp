@@ -26,15 +26,23 @@ CreateTableFromFlow::CreateTableFromFlow(RefCntPtr<Database> database, std::wstr
       m_plan(std::move(plan)),
       m_progress(MakeRef<ProgressCallbackImpl>()) {}
 
-RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
-    Metrics::Scope scope("CreateTableFromFlow::Execute");
-    LogScopeTime time("CreateTableFromFlow::Execute");
-    // A name that is taken is said before the work, not after it; making the table looks again.
+// A name that is taken is said before the work, not after it; making the table looks again.
+void CreateTableFromFlow::CheckName() const {
     const std::vector<std::wstring> tables = m_database->GetTableNames(m_schema);
     if (std::find(tables.begin(), tables.end(), m_name) != tables.end()) {
         throw QVE_RuntimeError(status::CreateTableFromFlow_exists,
                                "CreateTableFromFlow: table exists: " + narrow(m_schema) + "." + narrow(m_name));
     }
+}
+
+void CreateTableFromFlow::MakeEmpty() {
+    m_database->CreateTable(m_name, m_schema);
+}
+
+RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
+    Metrics::Scope scope("CreateTableFromFlow::Execute");
+    LogScopeTime time("CreateTableFromFlow::Execute");
+    CheckName();
     const RefCntPtr<Namespace> result = m_plan->Execute(pageSize);
     auto table = DynamicPtrCast<Table>(result);
     if (!table) {
@@ -47,7 +55,7 @@ RefCntPtr<Namespace> CreateTableFromFlow::Execute(unsigned pageSize) {
     table->Build(std::max(pageSize, load_page_size));
 
     Database::Transaction transaction(*m_database);
-    m_database->CreateTable(m_name, m_schema);
+    MakeEmpty();
     Save save(table, m_database, m_schema, m_name);
     save.SetProgressCallback(m_progress);
     save.Build(pageSize);

@@ -21,6 +21,13 @@ public:
     static void Do(RefCntPtr<Database> database, const std::wstring& schema, const std::wstring& name,
                    RefCntPtr<Namespace> plan);
 
+protected:
+    /// Whether the table may be made, as far as that can be said before the rows are computed: raises QVE_RuntimeError
+    /// 40603 when the name is taken.
+    virtual void CheckName() const;
+    /// Makes the table without columns, within the transaction that fills it.
+    virtual void MakeEmpty();
+
 private:
     const RefCntPtr<Namespace> m_plan;
     const RefCntPtr<ProgressCallback> m_progress;

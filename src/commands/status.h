@@ -19,6 +19,8 @@ inline constexpr int CreateColumn_count = 40612;
 inline constexpr int CreateColumn_default = 40613;
 inline constexpr int CreateColumn_plan = 40614;
 inline constexpr int ValueGenerator = 40615;
+inline constexpr int PivotTable_schema = 40616;
+inline constexpr int PivotTable_table = 40617;
 inline constexpr int PackageDatabase_simple = 40618;
 inline constexpr int PackageDatabase_source = 40619;
 

@@ -5,6 +5,7 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/CartProd.h"
+#include "algebra/DictionaryTable.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
@@ -180,6 +181,12 @@ void EstimateProgress::VisitFractionTable(FractionTable& table) {
 }
 
 // There are no more runs than rows.
+void EstimateProgress::VisitDictionaryTable(DictionaryTable& table) {
+    OperatorVisitorImpl::VisitDictionaryTable(table);
+    Pop();
+    Push(Estimate{.first = 0});
+}
+
 void EstimateProgress::VisitIndexTable(IndexTable& table) {
     OperatorVisitorImpl::VisitIndexTable(table);
     Estimate rows = Pop();

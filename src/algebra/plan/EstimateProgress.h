@@ -33,6 +33,7 @@ public:
     void VisitFlowTable(FlowTable& table) override;
     void VisitFractionTable(FractionTable& table) override;
     void VisitIndexJoin(IndexJoin& flow) override;
+    void VisitDictionaryTable(DictionaryTable& table) override;
     void VisitIndexTable(IndexTable& table) override;
     void VisitJoin(Join& flow) override;
     void VisitLeafTable(LeafTable& table) override;

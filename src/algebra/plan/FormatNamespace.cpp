@@ -7,6 +7,7 @@
 #include "algebra/CartProd.h"
 #include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
+#include "algebra/DictionaryTable.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
@@ -156,6 +157,11 @@ void FormatNamespace::VisitClusteringFlow(ClusteringFlow& flow) {
 void FormatNamespace::VisitCompact(Compact& flow) {
     const Operator line(*this, flow, L"compact");
     OperatorVisitorImpl::VisitCompact(flow);
+}
+
+void FormatNamespace::VisitDictionaryTable(DictionaryTable& table) {
+    const Operator line(*this, table, L"dict " + Quote(table.GetName()));
+    OperatorVisitorImpl::VisitDictionaryTable(table);
 }
 
 void FormatNamespace::VisitFractionTable(FractionTable& table) {

@@ -36,6 +36,7 @@ public:
     void VisitAppend(Append& flow) override;
     void VisitCartProd(CartProd& flow) override;
     void VisitClusteringFlow(ClusteringFlow& flow) override;
+    void VisitDictionaryTable(DictionaryTable& table) override;
     void VisitCompact(Compact& flow) override;
     void VisitFlowTable(FlowTable& table) override;
     void VisitFractionTable(FractionTable& table) override;

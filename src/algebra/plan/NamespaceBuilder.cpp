@@ -10,6 +10,7 @@
 #include "algebra/CartProd.h"
 #include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
+#include "algebra/DictionaryTable.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
@@ -70,6 +71,7 @@ RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
         {L"shared", &NamespaceBuilder::BuildSharedTable},
         {L"flowtable", &NamespaceBuilder::BuildFlowTable},
         {L"indexjoin", &NamespaceBuilder::BuildIndexJoin},
+        {L"dict", &NamespaceBuilder::BuildDictionaryTable},
         {L"indextable", &NamespaceBuilder::BuildIndexTable},
         {L"pivot", &NamespaceBuilder::BuildPivot},
         {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
@@ -282,6 +284,13 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildIndexTable(const Nodes& form) {
     RefCntPtr<Table> table = BuildSource(form[2]);
     table->DescribeColumn(Name(form[1]));
     return MakeRef<IndexTable>(std::move(table), Name(form[1]));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildDictionaryTable(const Nodes& form) {
+    Expect(form, 2, 2);
+    RefCntPtr<Table> table = BuildSource(form[2]);
+    table->DescribeColumn(Name(form[1]));
+    return MakeRef<DictionaryTable>(std::move(table), Name(form[1]));
 }
 
 RefCntPtr<Namespace> NamespaceBuilder::BuildIndexJoin(const Nodes& form) {

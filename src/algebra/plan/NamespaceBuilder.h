@@ -61,6 +61,7 @@ private:
     RefCntPtr<Namespace> BuildAppend(const Nodes& form);
     RefCntPtr<Namespace> BuildCartProd(const Nodes& form);
     RefCntPtr<Namespace> BuildClusteringFlow(const Nodes& form);
+    RefCntPtr<Namespace> BuildDictionaryTable(const Nodes& form);
     RefCntPtr<Namespace> BuildCompact(const Nodes& form);
     RefCntPtr<Namespace> BuildFlowTable(const Nodes& form);
     RefCntPtr<Namespace> BuildFractionTable(const Nodes& form);

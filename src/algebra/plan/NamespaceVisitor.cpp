@@ -5,6 +5,7 @@
 #include "algebra/CartProd.h"
 #include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
+#include "algebra/DictionaryTable.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
@@ -218,6 +219,10 @@ void NamespaceVisitor::VisitCompact(Compact& flow) {
     VisitNamespace(flow);
 }
 
+void NamespaceVisitor::VisitDictionaryTable(DictionaryTable& table) {
+    VisitNamespace(table);
+}
+
 void NamespaceVisitor::VisitFractionTable(FractionTable& table) {
     VisitNamespace(table);
 }
@@ -230,10 +235,6 @@ void NamespaceVisitor::VisitSharedTable(SharedTable& table) {
 
 void NamespaceVisitor::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void NamespaceVisitor::VisitDictionaryTable(DictionaryTable&) {
-    throw_absent_operator("DictionaryTable");
 }
 
 void NamespaceVisitor::VisitExchange(Exchange&) {

@@ -5,6 +5,7 @@
 #include "algebra/CartProd.h"
 #include "algebra/ClusteringFlow.h"
 #include "algebra/Compact.h"
+#include "algebra/DictionaryTable.h"
 #include "algebra/FlowTable.h"
 #include "algebra/FractionTable.h"
 #include "algebra/IndexJoin.h"
@@ -157,6 +158,10 @@ void OperatorVisitorImpl::VisitCompact(Compact& flow) {
     flow.GetSource()->Accept(m_below);
 }
 
+void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable& table) {
+    table.GetTable()->Accept(m_below);
+}
+
 void OperatorVisitorImpl::VisitFractionTable(FractionTable& table) {
     table.GetSource()->Accept(m_below);
 }
@@ -169,10 +174,6 @@ void OperatorVisitorImpl::VisitSharedTable(SharedTable& table) {
 
 void OperatorVisitorImpl::VisitAlterColumn(AlterColumn&) {
     throw_absent_operator("AlterColumn");
-}
-
-void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable&) {
-    throw_absent_operator("DictionaryTable");
 }
 
 void OperatorVisitorImpl::VisitExchange(Exchange&) {

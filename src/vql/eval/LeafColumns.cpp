@@ -35,6 +35,7 @@ ColumnNames ColumnNamesOf(const VQLIdentifierSet& names) {
 
 LeafColumns::LeafColumns(const VQLTableQuery& query) : LeafColumns(ScannedColumns(query), query.GetColumnMap()) {}
 LeafColumns::LeafColumns(const VQLTextQuery& query) : LeafColumns(ScannedColumns(query), query.GetColumnMap()) {}
+LeafColumns::LeafColumns(const VQLDomainQuery& query) : LeafColumns(ScannedColumns(query), query.GetColumnMap()) {}
 
 LeafColumns::LeafColumns(const VQLIndexTableQuery& query) : LeafColumns(OutputColumns(query), query.GetColumnMap()) {}
 

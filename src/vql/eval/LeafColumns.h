@@ -12,6 +12,7 @@ namespace qve {
 
 class DataFlow;
 class VQLColumnMap;
+class VQLDomainQuery;
 class VQLIndexTableQuery;
 class VQLTableQuery;
 class VQLTextQuery;
@@ -23,6 +24,7 @@ ColumnNames ColumnNamesOf(const VQLIdentifierSet& names);
 struct LeafColumns {
     explicit LeafColumns(const VQLTableQuery& query);
     explicit LeafColumns(const VQLTextQuery& query);
+    explicit LeafColumns(const VQLDomainQuery& query);
     explicit LeafColumns(const VQLIndexTableQuery& query);
 
     /// Whether no name differs.

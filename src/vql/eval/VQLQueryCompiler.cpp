@@ -5,6 +5,7 @@
 #include "algebra/Aggr.h"
 #include "algebra/Append.h"
 #include "algebra/ColumnExp.h"
+#include "algebra/DictionaryTable.h"
 #include "algebra/FlowTable.h"
 #include "algebra/IndexJoin.h"
 #include "algebra/IndexTable.h"
@@ -269,12 +270,14 @@ void VQLQueryCompiler::VisitIndexTable(VQLIndexTableQuery& query) {
     const std::wstring name = GetIdentifier(query.GetRLEColumnName());
     RefCntPtr<LeafTable> leaf = MakeLeafTable(query.GetTableName(), query.GetDatabasePath(), {name});
     if (leaf->DescribeColumn(name)->GetProperties().text(usrpropkey::encoding) != L"rle") Raise("expected RLE column");
-    const LeafColumns renaming(query);
-    auto index = MakeRef<IndexTable>(std::move(leaf), name);
-    if (renaming.IsTrivial()) {
-        Push(std::move(index));
+    PushLeaf(MakeRef<IndexTable>(std::move(leaf), name), LeafColumns(query));
+}
+
+void VQLQueryCompiler::PushLeaf(RefCntPtr<Table> table, const LeafColumns& columns) {
+    if (columns.IsTrivial()) {
+        Push(std::move(table));
     } else {
-        Push(renaming.Apply(MakeRef<Scan>(std::move(index), renaming.stored)));
+        Push(columns.Apply(MakeRef<Scan>(std::move(table), columns.stored)));
     }
 }
 
@@ -291,8 +294,12 @@ void VQLQueryCompiler::VisitIndexJoin(VQLIndexJoinQuery& query) {
                             GetIdentifier(query.GetStartColumnName()), GetIdentifier(query.GetCountColumnName())));
 }
 
-void VQLQueryCompiler::VisitDomain(VQLDomainQuery&) {
-    RaiseNotSupported("domain");
+void VQLQueryCompiler::VisitDomain(VQLDomainQuery& query) {
+    if (query.GetParallelism() > 1) RaiseNotSupported("reading a domain in parallel");
+    if (query.GetQualifiedColumnName().GetComponents().size() != 3) Raise("expected schema.table.column identifier");
+    const std::wstring name = GetIdentifier(query.GetColumnName());
+    PushLeaf(MakeRef<DictionaryTable>(MakeLeafTable(query.GetTableName(), query.GetDatabasePath(), {name}), name),
+             LeafColumns(query));
 }
 void VQLQueryCompiler::VisitExchange(VQLExchangeQuery&) {
     RaiseNotSupported("exchange");

@@ -11,6 +11,7 @@
 
 namespace qve {
 
+struct LeafColumns;
 class DatabaseFamily;
 class DataFlow;
 class Exp;
@@ -51,6 +52,8 @@ private:
     /// A broken promise of an earlier pass.
     [[noreturn]] static void Raise(const char* text);
     /// The columns `stored` of a table of the catalog. Throws QVE_RuntimeError 40544 to 40546.
+    /// A table over a leaf, under the names that its columns have in the query.
+    void PushLeaf(RefCntPtr<Table> table, const LeafColumns& columns);
     RefCntPtr<LeafTable> MakeLeafTable(const VQLTableQuery& query, const ColumnNames& stored) const;
     RefCntPtr<LeafTable> MakeLeafTable(const VQLIdentifier& name, const std::wstring& databasePath,
                                        const ColumnNames& stored) const;

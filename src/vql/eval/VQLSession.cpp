@@ -105,7 +105,7 @@ VQLSession::Handler VQLSession::FindCommand(const RefCntPtr<VQLNode>& node) {
         {L"describe", &VQLSession::ExecDescribe},
         {L"explain", &VQLSession::ExecExplain},
         {L"sort", &VQLSession::ExecNotSupported},
-        {L"pivot-table", &VQLSession::ExecNotSupported},
+        {L"pivot-table", &VQLSession::ExecPivot},
         {L"alter", &VQLSession::ExecNotSupported},
         {L"replace", &VQLSession::ExecNotSupported},
         {L"settings", &VQLSession::ExecSettingsCommand},

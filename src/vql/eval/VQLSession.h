@@ -69,6 +69,7 @@ private:
     RefCntPtr<Namespace> ExecUnpackage(const VQLCommandArguments& args);
     /// To a path, or in place with the word "in-place".
     RefCntPtr<Namespace> ExecPackage2(bool packaging, const VQLCommandArguments& args);
+    RefCntPtr<Namespace> ExecPivot(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecShow(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecDescribe(const VQLCommandArguments& args);
     RefCntPtr<Namespace> ExecExplain(const VQLCommandArguments& args);

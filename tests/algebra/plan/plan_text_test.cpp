@@ -85,6 +85,7 @@ TEST(PlanText, RefusesWhatIsNoPlan) {
         {L"(clustering-flow 1)", 49012, "Wrong number of arguments"},
         {L"(compact)", 49012, "Wrong number of arguments"},
         {L"(shared (scan) (scan))", 49012, "Wrong number of arguments"},
+        {L"(dict (table [a].[b] ()))", 49012, "Wrong number of arguments"},
         {L"(fraction 1 (table [a].[b] ()))", 49012, "Wrong number of arguments"},
     };
     for (const auto& test : cases) {
