@@ -9,6 +9,7 @@
 #include "algebra/HashGrouping.h"
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/OperatorVisitor.h"
+#include "algebra/PartitionSplit.h"
 #include "algebra/ProgressCallbackImpl.h"
 #include "algebra/SpilledRows.h"
 #include "algebra/group_key_properties.h"
@@ -128,8 +129,24 @@ uint64_t Aggr::Build(unsigned pageSize) {
     return GetCount();
 }
 
+// Groups of different partitions are different where a key is the column that makes the partitions: what finds them
+// need know only those of one. Otherwise the partitions are read as one flow.
 void Aggr::BuildPartitioned(unsigned pageSize) {
+    const auto split = DynamicPtrCast<PartitionSplit>(m_source);
+    const bool separate = split && m_keyNames.contains(split->GetColumnName());
+    if (split && !separate) m_restarted = split;
     ProcessData(pageSize);
+    if (!separate) return;
+    while (m_groupCount <= m_groupLimit && split->Restart(pageSize)) {
+        if (m_grouping && m_grouping->NameId() == GroupingIdType::hash) m_grouping->Reset(0);
+        ProcessData(pageSize);
+    }
+}
+
+unsigned Aggr::NextPage(unsigned pageSize) {
+    unsigned extent = m_source->Next(pageSize);
+    while (extent == 0 && m_restarted && m_restarted->Restart(pageSize)) extent = m_source->Next(pageSize);
+    return extent;
 }
 
 void Aggr::BindKeys() {
@@ -157,7 +174,7 @@ void Aggr::ProcessData(unsigned pageSize) {
     if (!m_source) throw QVE_InvalidArgument(status::Aggr_ProcessData, "Aggr::ProcessData");
     m_missList.resize(std::max<size_t>(m_missList.size(), size_t{pageSize} + 1));
     m_insertList.resize(m_missList.size());
-    while (const unsigned extent = m_source->Next(pageSize)) {
+    while (const unsigned extent = NextPage(pageSize)) {
         OperatorProgressCallback::Check(m_progress.get());
         const unsigned count = m_source->GetSelectionCount();
         if (count == 0) continue;
@@ -173,6 +190,7 @@ void Aggr::ProcessData(unsigned pageSize) {
         const std::unique_ptr<SpilledRows> rows = std::move(m_spilled);
         ProcessSpilled(*rows, 1, pageSize);
         MergeParts();
+        m_spillLevel = 0;
     }
 }
 

@@ -17,6 +17,7 @@ namespace qve {
 
 class GroupPartition;
 class GroupParts;
+class PartitionSplit;
 class ProgressCallback;
 class SpilledRows;
 
@@ -76,6 +77,7 @@ private:
     // Group numbers stay below what marks entries of the groupings.
     static constexpr unsigned mostGroups = ~0u - 2;
 
+    unsigned NextPage(unsigned pageSize);
     void ProcessPage(unsigned count, unsigned extent, const unsigned* sel);
     void ProcessSpilled(SpilledRows& rows, unsigned level, unsigned pageSize);
     void MergeParts();
@@ -112,6 +114,7 @@ private:
     std::vector<unsigned> m_missList;
     std::vector<unsigned> m_insertList;
     const RefCntPtr<ProgressCallback> m_progress;
+    RefCntPtr<PartitionSplit> m_restarted;   // the source, where its partitions are to be read as one flow
     std::unique_ptr<SpilledRows> m_spilled;  // rows of groups that are not among those at work
     std::unique_ptr<GroupParts> m_parts;     // once there were any
     unsigned m_spillLevel = 0;

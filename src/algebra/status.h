@@ -73,6 +73,9 @@ inline constexpr int OrdAggr_LoadCheckers = 40304;
 inline constexpr int Order_DescribeColumn = 40300;
 inline constexpr int Order_GetColumn = 40301;
 inline constexpr int Order_source = 40302;
+inline constexpr int PartitionSplit_source = 40344;
+inline constexpr int PartitionSplit_LookupPartition = 40345;
+inline constexpr int PartitionRestart_source = 40346;
 inline constexpr int PartitionExp_MakeColumn = 40359;
 inline constexpr int PartitionExp_Evaluate = 40360;
 inline constexpr int PrimitiveExp_MakePrimitive = 40354;
@@ -97,6 +100,8 @@ inline constexpr int TableSorter_RankHides = 40559;
 inline constexpr int TableSorter_RankTwice = 40560;
 inline constexpr int TopN_DescribeColumn = 40570;
 inline constexpr int TopN_GetColumn = 40571;
+inline constexpr int Update_source = 40347;
+inline constexpr int Update_pairs = 40348;
 inline constexpr int WholeColumn_Short = 40580;
 
 }  // namespace qve::status

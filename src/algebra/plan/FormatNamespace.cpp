@@ -16,6 +16,8 @@
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/PartitionRestart.h"
+#include "algebra/PartitionSplit.h"
 #include "algebra/Pivot.h"
 #include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
@@ -24,6 +26,7 @@
 #include "algebra/Select.h"
 #include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
+#include "algebra/Update.h"
 #include "algebra/plan/format_properties.h"
 #include "ingest/TextScan.h"
 #include "storage/Column.h"
@@ -162,6 +165,21 @@ void FormatNamespace::VisitCompact(Compact& flow) {
 void FormatNamespace::VisitDictionaryTable(DictionaryTable& table) {
     const Operator line(*this, table, L"dict " + Quote(table.GetName()));
     OperatorVisitorImpl::VisitDictionaryTable(table);
+}
+
+void FormatNamespace::VisitPartitionRestart(PartitionRestart& flow) {
+    const Operator line(*this, flow, L"partition-restart");
+    OperatorVisitorImpl::VisitPartitionRestart(flow);
+}
+
+void FormatNamespace::VisitPartitionSplit(PartitionSplit& flow) {
+    const Operator line(*this, flow, L"partition-split " + Quote(flow.GetColumnName()));
+    OperatorVisitorImpl::VisitPartitionSplit(flow);
+}
+
+void FormatNamespace::VisitUpdate(Update& flow) {
+    const Operator line(*this, flow, L"update " + Pairs(flow.GetPairs()));
+    OperatorVisitorImpl::VisitUpdate(flow);
 }
 
 void FormatNamespace::VisitFractionTable(FractionTable& table) {

@@ -37,6 +37,9 @@ public:
     void VisitCartProd(CartProd& flow) override;
     void VisitClusteringFlow(ClusteringFlow& flow) override;
     void VisitDictionaryTable(DictionaryTable& table) override;
+    void VisitPartitionSplit(PartitionSplit& flow) override;
+    void VisitPartitionRestart(PartitionRestart& flow) override;
+    void VisitUpdate(Update& flow) override;
     void VisitCompact(Compact& flow) override;
     void VisitFlowTable(FlowTable& table) override;
     void VisitFractionTable(FractionTable& table) override;

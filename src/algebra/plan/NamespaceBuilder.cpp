@@ -20,6 +20,8 @@
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/PartitionRestart.h"
+#include "algebra/PartitionSplit.h"
 #include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
 #include "algebra/Restrict.h"
@@ -27,6 +29,7 @@
 #include "algebra/Select.h"
 #include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
+#include "algebra/Update.h"
 #include "algebra/plan/ExpBuilder.h"
 #include "algebra/plan/status.h"
 #include "ingest/TextScan.h"
@@ -73,6 +76,8 @@ RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
         {L"indexjoin", &NamespaceBuilder::BuildIndexJoin},
         {L"dict", &NamespaceBuilder::BuildDictionaryTable},
         {L"indextable", &NamespaceBuilder::BuildIndexTable},
+        {L"partition-restart", &NamespaceBuilder::BuildPartitionRestart},
+        {L"partition-split", &NamespaceBuilder::BuildPartitionSplit},
         {L"pivot", &NamespaceBuilder::BuildPivot},
         {L"positionaljoin", &NamespaceBuilder::BuildPositionalJoin},
         {L"join", &NamespaceBuilder::BuildJoin},
@@ -85,6 +90,7 @@ RefCntPtr<Namespace> NamespaceBuilder::Build(const RefCntPtr<VQLNode>& node) {
         {L"table", &NamespaceBuilder::BuildTable},
         {L"text", &NamespaceBuilder::BuildText},
         {L"top", &NamespaceBuilder::BuildTopN},
+        {L"update", &NamespaceBuilder::BuildUpdate},
     };
     const Nodes& form = m_reader.List(node);
     if (form.empty()) m_reader.Raise(L"empty operator", node);
@@ -291,6 +297,28 @@ RefCntPtr<Namespace> NamespaceBuilder::BuildDictionaryTable(const Nodes& form) {
     RefCntPtr<Table> table = BuildSource(form[2]);
     table->DescribeColumn(Name(form[1]));
     return MakeRef<DictionaryTable>(std::move(table), Name(form[1]));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildPartitionRestart(const Nodes& form) {
+    Expect(form, 1, 1);
+    RefCntPtr<DataFlow> source = BuildFlow(form[1]);
+    if (!PartitionRestart::FindSplit(source)) m_reader.Raise(L"Invalid Operator: no partition-split below", form[0]);
+    return MakeRef<PartitionRestart>(std::move(source));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildPartitionSplit(const Nodes& form) {
+    Expect(form, 2, 2);
+    RefCntPtr<DataFlow> source = BuildFlow(form[2]);
+    source->DescribeColumn(Name(form[1]));
+    return MakeRef<PartitionSplit>(std::move(source), Name(form[1]));
+}
+
+RefCntPtr<Namespace> NamespaceBuilder::BuildUpdate(const Nodes& form) {
+    Expect(form, 2, 2);
+    RefCntPtr<DataFlow> source = BuildFlow(form[2]);
+    Update::Pairs pairs = BuildRenames(form[1], *source);
+    for (const auto& pair : pairs) source->DescribeColumn(pair.second);
+    return MakeRef<Update>(std::move(source), std::move(pairs));
 }
 
 RefCntPtr<Namespace> NamespaceBuilder::BuildIndexJoin(const Nodes& form) {

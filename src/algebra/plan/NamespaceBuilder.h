@@ -62,6 +62,9 @@ private:
     RefCntPtr<Namespace> BuildCartProd(const Nodes& form);
     RefCntPtr<Namespace> BuildClusteringFlow(const Nodes& form);
     RefCntPtr<Namespace> BuildDictionaryTable(const Nodes& form);
+    RefCntPtr<Namespace> BuildPartitionSplit(const Nodes& form);
+    RefCntPtr<Namespace> BuildPartitionRestart(const Nodes& form);
+    RefCntPtr<Namespace> BuildUpdate(const Nodes& form);
     RefCntPtr<Namespace> BuildCompact(const Nodes& form);
     RefCntPtr<Namespace> BuildFlowTable(const Nodes& form);
     RefCntPtr<Namespace> BuildFractionTable(const Nodes& form);

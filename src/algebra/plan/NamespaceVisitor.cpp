@@ -15,6 +15,8 @@
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/PartitionRestart.h"
+#include "algebra/PartitionSplit.h"
 #include "algebra/Pivot.h"
 #include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
@@ -23,6 +25,7 @@
 #include "algebra/Select.h"
 #include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
+#include "algebra/Update.h"
 #include "algebra/plan/OperatorVisitorImpl.h"
 #include "algebra/plan/absent_operator.h"
 #include "commands/CheckDatabase.h"
@@ -223,6 +226,18 @@ void NamespaceVisitor::VisitDictionaryTable(DictionaryTable& table) {
     VisitNamespace(table);
 }
 
+void NamespaceVisitor::VisitPartitionSplit(PartitionSplit& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitPartitionRestart(PartitionRestart& flow) {
+    VisitNamespace(flow);
+}
+
+void NamespaceVisitor::VisitUpdate(Update& flow) {
+    VisitNamespace(flow);
+}
+
 void NamespaceVisitor::VisitFractionTable(FractionTable& table) {
     VisitNamespace(table);
 }
@@ -249,14 +264,6 @@ void NamespaceVisitor::VisitPackageDatabase(PackageDatabase& statement) {
     VisitNamespace(statement);
 }
 
-void NamespaceVisitor::VisitPartitionRestart(PartitionRestart&) {
-    throw_absent_operator("PartitionRestart");
-}
-
-void NamespaceVisitor::VisitPartitionSplit(PartitionSplit&) {
-    throw_absent_operator("PartitionSplit");
-}
-
 void NamespaceVisitor::VisitPrint(Print&) {
     throw_absent_operator("Print");
 }
@@ -271,10 +278,6 @@ void NamespaceVisitor::VisitRemoteQuery(RemoteQuery&) {
 
 void NamespaceVisitor::VisitTransform(Transform&) {
     throw_absent_operator("Transform");
-}
-
-void NamespaceVisitor::VisitUpdate(Update&) {
-    throw_absent_operator("Update");
 }
 
 void NamespaceVisitor::VisitSettingsCommand(SettingsCommand&) {

@@ -15,6 +15,8 @@
 #include "algebra/Lookup.h"
 #include "algebra/OrdAggr.h"
 #include "algebra/Order.h"
+#include "algebra/PartitionRestart.h"
+#include "algebra/PartitionSplit.h"
 #include "algebra/Pivot.h"
 #include "algebra/PositionalJoin.h"
 #include "algebra/Project.h"
@@ -23,6 +25,7 @@
 #include "algebra/Select.h"
 #include "algebra/SharedTable.h"
 #include "algebra/TopN.h"
+#include "algebra/Update.h"
 #include "algebra/plan/absent_operator.h"
 #include "commands/CreateColumn.h"
 #include "commands/CreateTable.h"
@@ -162,6 +165,18 @@ void OperatorVisitorImpl::VisitDictionaryTable(DictionaryTable& table) {
     table.GetTable()->Accept(m_below);
 }
 
+void OperatorVisitorImpl::VisitPartitionSplit(PartitionSplit& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitPartitionRestart(PartitionRestart& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
+void OperatorVisitorImpl::VisitUpdate(Update& flow) {
+    flow.GetSource()->Accept(m_below);
+}
+
 void OperatorVisitorImpl::VisitFractionTable(FractionTable& table) {
     table.GetSource()->Accept(m_below);
 }
@@ -184,14 +199,6 @@ void OperatorVisitorImpl::VisitLookup(Lookup& flow) {
     VisitJoin(flow);
 }
 
-void OperatorVisitorImpl::VisitPartitionRestart(PartitionRestart&) {
-    throw_absent_operator("PartitionRestart");
-}
-
-void OperatorVisitorImpl::VisitPartitionSplit(PartitionSplit&) {
-    throw_absent_operator("PartitionSplit");
-}
-
 void OperatorVisitorImpl::VisitPrint(Print&) {
     throw_absent_operator("Print");
 }
@@ -206,10 +213,6 @@ void OperatorVisitorImpl::VisitRemoteQuery(RemoteQuery&) {
 
 void OperatorVisitorImpl::VisitTransform(Transform&) {
     throw_absent_operator("Transform");
-}
-
-void OperatorVisitorImpl::VisitUpdate(Update&) {
-    throw_absent_operator("Update");
 }
 
 void OperatorVisitorImpl::VisitSettingsCommand(SettingsCommand&) {

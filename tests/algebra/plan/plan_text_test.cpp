@@ -86,6 +86,9 @@ TEST(PlanText, RefusesWhatIsNoPlan) {
         {L"(compact)", 49012, "Wrong number of arguments"},
         {L"(shared (scan) (scan))", 49012, "Wrong number of arguments"},
         {L"(dict (table [a].[b] ()))", 49012, "Wrong number of arguments"},
+        {L"(partition-split [a])", 49012, "Wrong number of arguments"},
+        {L"(partition-restart (scan ()) (scan ()))", 49012, "Wrong number of arguments"},
+        {L"(update (([a] [b])))", 49012, "Wrong number of arguments"},
         {L"(fraction 1 (table [a].[b] ()))", 49012, "Wrong number of arguments"},
     };
     for (const auto& test : cases) {
