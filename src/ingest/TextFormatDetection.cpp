@@ -205,6 +205,9 @@ void ValidateQuotes(std::string_view sample, const usrprops& given, parse_config
     const auto clear = [&](char& character, usrpropkey key) {
         character = 0;
         SetTextPropFromConfig(found, key, 0);
+        // Found with the character, the delimiters might not be found again without it.
+        SetTextPropFromConfig(found, usrpropkey::record_delimiter, config.record_delimiter);
+        SetTextPropFromConfig(found, usrpropkey::field_delimiter, config.field_delimiter);
     };
     const auto encloses = [&](char quote) {
         const QuoteCounts counts = CountQuoted(sample, config, quote);
