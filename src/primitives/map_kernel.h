@@ -23,8 +23,9 @@ namespace qve {
 //                                                they would keep it from being vectorised
 //   vectorised                                   dense loops exist for the wider vector units too;
 //                                                as vectorised_for<R, atoms...> for some
-//   halves<R, atoms...>                          the units of 512 bits would be slower than those of 256: for products
-//                                                of halves the compiler then takes its instruction for whole ones
+//   halves<R, atoms...>                          on whole arguments the units of 512 bits would be slower than those of
+//                                                256: for products of halves the compiler takes its instruction for
+//                                                whole ones there
 
 enum class null_rule { strict, own };
 
@@ -114,6 +115,15 @@ struct map_kernel {
         }
     }
 
+    /// The same with nulls, for the widest units, where the work of an iteration is so short that going around costs
+    /// more.
+    [[gnu::always_inline]] static unsigned dense_nulls_unrolled(unsigned n, R* out, Views... views) {
+#pragma GCC ivdep
+#pragma GCC unroll 4
+        for (unsigned i = 0; i < n; ++i) out[i] = row<true>(views[i]...);
+        return 0;
+    }
+
     [[gnu::flatten]] static unsigned nulls_scalar(unsigned n, R* out, Views... views) {
         return dense<true>(n, out, views...);
     }
@@ -132,7 +142,7 @@ struct map_kernel {
 
     [[gnu::flatten, gnu::target("avx512f,avx512dq,avx512bw,avx512vl")]] static unsigned nulls_avx512(unsigned n, R* out,
                                                                                                      Views... views) {
-        return dense<true>(n, out, views...);
+        return dense_nulls_unrolled(n, out, views...);
     }
     [[gnu::flatten, gnu::target("avx512f,avx512dq,avx512bw,avx512vl")]] static unsigned whole_avx512(unsigned n, R* out,
                                                                                                      Views... views) {
@@ -143,9 +153,9 @@ struct map_kernel {
     static unsigned dense_rows(bool whole, unsigned n, R* out, Views... views) {
         if constexpr (detail::vectorised<Op, R, typename Views::atom...>()) {
             const vector_level level = current_vector_level();
-            if constexpr (!detail::halves<Op, R, typename Views::atom...>()) {
-                if (level == vector_level::avx512)
-                    return whole ? whole_avx512(n, out, views...) : nulls_avx512(n, out, views...);
+            if (level == vector_level::avx512) {
+                if (!whole) return nulls_avx512(n, out, views...);
+                if constexpr (!detail::halves<Op, R, typename Views::atom...>()) return whole_avx512(n, out, views...);
             }
             if (level >= vector_level::avx2) return whole ? whole_avx2(n, out, views...) : nulls_avx2(n, out, views...);
             if (level == vector_level::sse41 && !whole) return nulls_sse41(n, out, views...);
