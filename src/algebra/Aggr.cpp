@@ -119,7 +119,7 @@ uint64_t Aggr::Build(unsigned pageSize) {
     // A limit ends the reading at the page that passes it.
     BuildPartitioned(m_groupLimit == noLimit ? SourcePageSize(pageSize) : pageSize);
     SetGrouping(nullptr);
-    for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->FinishAggregate(m_groupCount);
+    for (const RefCntPtr<Exp>& aggregate : m_aggregates) aggregate->FinishAggregate(m_groupCount, m_progress.get());
     m_built = true;
     if (m_keys.empty()) BindKeys();
     for (const auto& [name, column] : m_columns) {
@@ -161,6 +161,7 @@ void Aggr::SetGrouping(RefCntPtr<Grouping> grouping) {
     m_grouping = std::move(grouping);
     if (!m_grouping) return;
     m_groupingName = m_grouping->GetName();
+    m_grouping->SetPoll([progress = m_progress] { OperatorProgressCallback::Check(progress.get()); });
     m_groupIds = m_grouping->AllocateGroupIDs();
     m_context = m_grouping->MakeContext(m_source.get(), this);
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) LogEntry() << "AGGR " << m_grouping->GetName();
@@ -289,7 +290,7 @@ void Aggr::ProcessSpilled(SpilledRows& rows, unsigned level, unsigned pageSize) 
         std::vector<RefCntPtr<Column>> columns;
         for (const auto& [name, column] : m_columns) columns.push_back(column);
         m_parts = std::make_unique<GroupParts>(std::move(columns));
-        m_parts->Add(m_groupCount, nullptr);
+        m_parts->Add(m_groupCount, nullptr, m_progress.get());
     }
     for (unsigned partition = 0; partition < SpilledRows::partitions; ++partition) {
         const unsigned expected = m_parts->GetPartCount() > 1 ? m_groupCount + m_groupCount / 8 : 0;
@@ -306,7 +307,7 @@ void Aggr::ProcessSpilled(SpilledRows& rows, unsigned level, unsigned pageSize) 
         if (m_parts->GetCount() + m_groupCount > mostGroups) {
             throw QVE_OverflowError(status::Aggr_InsertRows, "Aggr::InsertRows");
         }
-        m_parts->Add(m_groupCount, m_firstSeen.data());
+        m_parts->Add(m_groupCount, m_firstSeen.data(), m_progress.get());
         if (m_spilled) {
             const std::unique_ptr<SpilledRows> further = std::move(m_spilled);
             ProcessSpilled(*further, level + 1, pageSize);

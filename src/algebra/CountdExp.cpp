@@ -126,7 +126,7 @@ void CountdExp::Aggregate(unsigned count, input_column groups, const unsigned* s
                  firstGroup + (oneGroup ? groups.values<unsigned>()[0] : 0), m_counts);
 }
 
-void CountdExp::FinishAggregate(uint64_t groups) {
+void CountdExp::FinishAggregate(uint64_t groups, const ProgressCallback*) {
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) {
         LogEntry() << "AGGR " << GetName() << ": distinct values in "
                    << (m_cells->IsHashed() ? "a hash table" : "bit maps");

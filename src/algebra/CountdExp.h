@@ -23,7 +23,7 @@ public:
     static bool CanCount(const Column& column);
 
     void Aggregate(unsigned count, input_column groups, const unsigned* sel) override;
-    void FinishAggregate(uint64_t groups) override;
+    void FinishAggregate(uint64_t groups, const ProgressCallback* progress) override;
 
 protected:
     void MakePrimitiveColumn() override;

@@ -54,7 +54,7 @@ const usrprops& Exp::GetProperties() const {
     return m_column->GetProperties();
 }
 
-void Exp::FinishAggregate(uint64_t) {}
+void Exp::FinishAggregate(uint64_t, const ProgressCallback*) {}
 
 void Exp::SetName(const std::wstring& name) {
     m_column->SetName(name);

@@ -14,6 +14,7 @@ namespace qve {
 class Column;
 class ExpVisitor;
 class Namespace;
+class ProgressCallback;
 
 /// A node of an expression: it owns a column that holds one page of results. Life of a tree, called by the operator
 /// that owns it: construct; AllocateColumn once; for each page Evaluate, Select or Aggregate; then read GetResult. One
@@ -49,8 +50,9 @@ public:
 
     /// Whether the accumulators are results only after FinishAggregate.
     virtual bool NeedsFinish() const { return false; }
-    /// Turns the accumulators of all `groups` into results, when no more pages come.
-    virtual void FinishAggregate(uint64_t groups);
+    /// Turns the accumulators of all `groups` into results, when no more pages come. Throws CancelledException when
+    /// `progress`, which may be null, says so.
+    virtual void FinishAggregate(uint64_t groups, const ProgressCallback* progress);
 
     const Arguments& GetArguments() const { return m_arguments; }
     /// True when the value is the same on every page, so that the node is evaluated at most once.

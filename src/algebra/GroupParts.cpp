@@ -70,7 +70,7 @@ GroupParts::GroupParts(std::vector<RefCntPtr<Column>> columns)
 }
 GroupParts::~GroupParts() = default;
 
-void GroupParts::Add(uint64_t groups, const uint64_t* sequence) {
+void GroupParts::Add(uint64_t groups, const uint64_t* sequence, const ProgressCallback* progress) {
     // Keys that only share their hash with others of a page are inserted behind them.
     const bool ordered = !sequence || std::is_sorted(sequence, sequence + groups);
     budgeted_vector<unsigned> places;
@@ -92,6 +92,7 @@ void GroupParts::Add(uint64_t groups, const uint64_t* sequence) {
         const unsigned width = column.GetTokenSize();
         if (!ordered) cells.resize(groups * width);
         for (uint64_t done = 0; done < groups;) {
+            OperatorProgressCallback::Check(progress);
             const uint64_t rows = std::min(column.Seek(done, 1), groups - done);
             const char* const window = static_cast<const char*>(column.GetInput().data);
             if (ordered) {

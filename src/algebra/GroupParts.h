@@ -20,10 +20,11 @@ public:
     ~GroupParts();
 
     /// Takes the first `groups` rows of the columns, and leaves them empty. `sequence` has for each group the number by
-    /// which it is ordered, different from those of all parts; null stands for the numbers from 0 on.
-    void Add(uint64_t groups, const uint64_t* sequence);
-    /// Puts all groups into the columns, by ascending number; the numbers are below `end`. Throws CancelledException
-    /// when `progress`, which may be null, says so.
+    /// which it is ordered, different from those of all parts; null stands for the numbers from 0 on. Throws
+    /// CancelledException when `progress`, which may be null, says so.
+    void Add(uint64_t groups, const uint64_t* sequence, const ProgressCallback* progress);
+    /// Puts all groups into the columns, by ascending number; the numbers are below `end`. As Add does, asks
+    /// `progress`.
     void Merge(uint64_t end, const ProgressCallback* progress);
 
     /// Groups of all parts so far.

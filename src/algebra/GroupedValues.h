@@ -40,24 +40,32 @@ public:
         return pieces;
     }
 
-    /// Calls `visit(group, values)` for each group below `groups` that has values. Empties this.
-    template <class Visit>
-    void VisitGroups(uint64_t groups, Visit visit) {
+    /// Calls `visit(group, values)` for each group below `groups` that has values, and `poll()`, which may throw, now
+    /// and then. Empties this.
+    template <class Visit, class Poll>
+    void VisitGroups(uint64_t groups, Visit visit, Poll poll) {
         if (!m_grouped) KeepGroups();
         std::vector<uint64_t> ends(groups + 1);
-        for (const Piece& piece : m_pieces)
+        for (const Piece& piece : m_pieces) {
+            poll();
             for (uint64_t k = 0; k < piece.count; ++k) ++ends[piece.Groups()[k] + uint64_t{1}];
+        }
         for (uint64_t group = 0; group < groups; ++group) ends[group + 1] += ends[group];
         ZeroedMemory memory(m_count * sizeof(T), true);
         T* sorted = static_cast<T*>(memory.data());
         for (Piece& piece : m_pieces) {
+            poll();
             for (uint64_t k = 0; k < piece.count; ++k) sorted[ends[piece.Groups()[k]]++] = piece.Values()[k];
             piece = {};
         }
         m_pieces.clear();
         m_count = 0;
         // Filling has moved the start of each group to its end, which is the start of the next.
-        for (uint64_t group = 0, begin = 0; group < groups; begin = ends[group++]) {
+        for (uint64_t group = 0, begin = 0, polled = 0; group < groups; begin = ends[group++]) {
+            if (begin - polled >= polledValues) {
+                poll();
+                polled = begin;
+            }
             if (ends[group] > begin) visit(group, std::span<T>(sorted + begin, ends[group] - begin));
         }
     }
@@ -65,6 +73,7 @@ public:
 private:
     static constexpr uint64_t firstPiece = 1u << 13;
     static constexpr uint64_t furtherPiece = 1u << 20;
+    static constexpr uint64_t polledValues = 1u << 16;
 
     struct Piece {
         uint64_t capacity = 0;

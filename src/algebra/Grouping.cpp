@@ -107,6 +107,8 @@ GroupingIdType Grouping::NameId() const {
     return GroupingIdType::none;
 }
 
+void Grouping::SetPoll(std::function<void()>) {}
+
 bool Grouping::Accepts(unsigned, const unsigned*, input_column) {
     return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -140,6 +141,9 @@ public:
     /// the positions of rows with a group to `hits`, which has room for one more than `count`; returns how many.
     virtual unsigned ProbeHits(unsigned count, unsigned* hits, output_column groups, input_column hashes,
                                const unsigned* sel, Context* context);
+
+    /// What long steps of the strategy call now and then; it may throw, and then the grouping is of no further use.
+    virtual void SetPoll(std::function<void()> poll);
 
     /// The display name of the strategy.
     const std::wstring& GetName() const { return GetName(NameId()); }

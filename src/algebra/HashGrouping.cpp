@@ -88,6 +88,10 @@ void HashGrouping::AdoptGroups(Column& keys, unsigned count) {
     SetSize(count);
 }
 
+void HashGrouping::SetPoll(std::function<void()> poll) {
+    m_table->set_poll(std::move(poll));
+}
+
 GroupingIdType HashGrouping::NameId() const {
     return GroupingIdType::hash;
 }

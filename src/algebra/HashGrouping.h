@@ -31,6 +31,7 @@ public:
     unsigned Probe(unsigned count, unsigned* misses, output_column groups, input_column hashes, const unsigned* sel,
                    Context* context) override;
     void InsertHash(unsigned hash, unsigned group) override;
+    void SetPoll(std::function<void()> poll) override;
     GroupingIdType NameId() const override;
 
     /// Makes the groups 0 to `count` - 1 known, whose keys, of one column, are stored in `keys`.

@@ -233,7 +233,7 @@ void MomentsExp::Aggregate(unsigned count, input_column groups, const unsigned* 
     m_groups->Add(m_arguments, count, groups, sel, m_column->GetCursor(), m_column->GetCount());
 }
 
-void MomentsExp::FinishAggregate(uint64_t groups) {
+void MomentsExp::FinishAggregate(uint64_t groups, const ProgressCallback*) {
     m_groups->Finish(*this, groups);
     m_groups.reset();
 }

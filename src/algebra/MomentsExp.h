@@ -24,7 +24,7 @@ public:
     ~MomentsExp() override;
 
     void Aggregate(unsigned count, input_column groups, const unsigned* sel) override;
-    void FinishAggregate(uint64_t groups) override;
+    void FinishAggregate(uint64_t groups, const ProgressCallback* progress) override;
 
 protected:
     void MakePrimitiveColumn() override;

@@ -4,12 +4,14 @@
 #include <set>
 
 #include "algebra/OperatorVisitor.h"
+#include "algebra/PermutedDataStream.h"
 #include "algebra/ProgressCallbackImpl.h"
 #include "algebra/TableSorter.h"
+#include "algebra/adopt_cells.h"
 #include "algebra/status.h"
 #include "primitives/primitive.h"
+#include "storage/AffineDataStream.h"
 #include "storage/Column.h"
-#include "storage/stream/TempFileDataStream.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogScopeTime.h"
@@ -99,6 +101,9 @@ RefCntPtr<Column> Order::LoadColumn(const std::wstring& name) const {
         usrprops properties = primitive::primitive_props(L"bigint");
         properties.set(usrpropkey::name, name);
         properties.set(usrpropkey::not_null, true);
+        properties.set(usrpropkey::dense, 0);
+        properties.set(usrpropkey::ordered, L"asc");
+        properties.set(usrpropkey::unique, true);
         return MakeRef<Column>(std::move(properties));
     }
     usrprops properties = m_source->DescribeColumn(name)->GetProperties();
@@ -118,12 +123,16 @@ RefCntPtr<Column> Order::LoadColumn(const std::wstring& name) const {
 
 void Order::InitColumn(const std::wstring& name, Column& column) const {
     if (IsRank(name)) {
-        column.SetData(MakeRef<TempFileDataStream>());
-        column.Mark(m_count, 0);
-        column.Seek(0, 0);
+        column.SetData(AffineDataStream::MakeRowNumbers(m_count));
         return;
     }
-    m_sorter->ReorderColumn(*m_source->GetColumn(name), column);
+    const RefCntPtr<Column> source = m_source->GetColumn(name);
+    if (m_sorter->GetPermutation().empty() || source->GetStorageName() == Column::storageVal) {
+        return m_sorter->ReorderColumn(*source, column);
+    }
+    adopt_cells(column, *source);
+    column.SetData(MakeRef<PermutedDataStream>(
+        MakeRef<PermutedDataStream::Cells>(source, m_source->GetStart(), m_source->GetCount(), m_sorter, m_progress)));
 }
 
 uint64_t Order::Build(unsigned pageSize) {

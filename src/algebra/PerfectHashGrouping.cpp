@@ -28,6 +28,10 @@ void PerfectHashGrouping::InsertHash(unsigned hash, unsigned group) {
     m_table->insert(hash, group);
 }
 
+void PerfectHashGrouping::SetPoll(std::function<void()> poll) {
+    m_table->set_poll(std::move(poll));
+}
+
 GroupingIdType PerfectHashGrouping::NameId() const {
     return GroupingIdType::perfectHash;
 }

@@ -6,6 +6,7 @@
 
 #include "algebra/ConstantExp.h"
 #include "algebra/GroupedValues.h"
+#include "algebra/OperatorProgressCallback.h"
 #include "algebra/select_rank.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
@@ -46,7 +47,7 @@ public:
     virtual ~Values() = default;
     virtual void Add(unsigned count, input_column values, bool single, input_column groups, unsigned firstGroup,
                      const unsigned* sel) = 0;
-    virtual void Finish(double fraction, Column& results, uint64_t groups) = 0;
+    virtual void Finish(double fraction, Column& results, uint64_t groups, const ProgressCallback* progress) = 0;
 };
 
 // T is what the cells are: a double, or the ticks of a datetime or a duration.
@@ -80,7 +81,7 @@ public:
         }
     }
 
-    void Finish(double fraction, Column& results, uint64_t groups) override {
+    void Finish(double fraction, Column& results, uint64_t groups, const ProgressCallback* progress) override {
         if (!(fraction >= 0 && fraction <= 1) || m_values.GetCount() == 0) return;
         const auto put = [&](uint64_t group, uint64_t count, auto select) {
             const double position = static_cast<double>(count - 1) * fraction;
@@ -94,9 +95,10 @@ public:
             put(0, m_values.GetCount(), [this](uint64_t low) { return select_pair<T>(m_values.GetPieces(), low); });
             return;
         }
-        m_values.VisitGroups(groups, [&](uint64_t group, std::span<T> values) {
+        const auto visit = [&](uint64_t group, std::span<T> values) {
             put(group, values.size(), [values](uint64_t low) { return select_pair<T>(values, low); });
-        });
+        };
+        m_values.VisitGroups(groups, visit, [progress] { OperatorProgressCallback::Check(progress); });
     }
 
 private:
@@ -131,11 +133,11 @@ void QuantileExp::Aggregate(unsigned count, input_column groups, const unsigned*
                   sel);
 }
 
-void QuantileExp::FinishAggregate(uint64_t groups) {
+void QuantileExp::FinishAggregate(uint64_t groups, const ProgressCallback* progress) {
     if (VQLEvaluatorSettings::GetDefaultDescribeExecution()) {
         LogEntry() << "AGGR " << GetName() << ": quantile by selection";
     }
-    m_values->Finish(m_fraction, *m_column, groups);
+    m_values->Finish(m_fraction, *m_column, groups, progress);
     m_values.reset();
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <type_traits>
 
 #include "algebra/DictionaryRanks.h"
 #include "algebra/OperatorProgressCallback.h"
@@ -18,6 +19,7 @@ namespace {
 
 // Rows that are read, and worked on between two looks at the cancelled flag.
 constexpr uint64_t blockRows = 1u << 16;
+constexpr unsigned narrowBits = 32;
 
 }  // namespace
 
@@ -41,26 +43,51 @@ bool SortKeys::Load(uint64_t bits) {
 }
 
 SortKeys::Key SortKeys::LoadKey(const Namespace::SortSpec& spec) const {
-    Key key{LoadWords(spec), 0, 0, 0};
-    if (key.words.empty()) return key;
-    if (spec.descending) {
-        for (uint64_t& word : key.words) word = ~word;
+    dense_vector<uint64_t> words = LoadWords(spec);
+    Key key{{}, {}, 0, 0};
+    if (words.empty()) return key;
+    // A descending order is the ascending one of the complements.
+    const uint64_t flip = spec.descending ? ~uint64_t{0} : 0;
+    const auto [lowest, highest] = Extremes(words);
+    const uint64_t low = spec.descending ? ~highest : lowest;
+    key.bits = static_cast<unsigned>(std::bit_width(highest - lowest));
+    const auto reduce = [&](auto* reduced) {
+        for (uint64_t block = 0; block < words.size(); block += blockRows) {
+            OperatorProgressCallback::Check(m_progress);
+            const uint64_t end = std::min<uint64_t>(words.size(), block + blockRows);
+            for (uint64_t row = block; row < end; ++row) {
+                reduced[row] = static_cast<std::remove_pointer_t<decltype(reduced)>>((words[row] ^ flip) - low);
+            }
+        }
+    };
+    if (key.bits > narrowBits) {
+        reduce(words.data());
+        key.wide = std::move(words);
+    } else if (key.bits > 0) {
+        key.narrow.resize(words.size());
+        reduce(key.narrow.data());
     }
-    uint64_t low = key.words.front();
-    uint64_t high = low;
-    for (const uint64_t word : key.words) {
-        low = std::min(low, word);
-        high = std::max(high, word);
-    }
-    key.low = low;
-    key.bits = static_cast<unsigned>(std::bit_width(high - low));
     return key;
 }
 
-budgeted_vector<uint64_t> SortKeys::LoadWords(const Namespace::SortSpec& spec) const {
+std::pair<uint64_t, uint64_t> SortKeys::Extremes(const dense_vector<uint64_t>& words) const {
+    uint64_t low = words.front();
+    uint64_t high = low;
+    for (uint64_t block = 0; block < words.size(); block += blockRows) {
+        OperatorProgressCallback::Check(m_progress);
+        const uint64_t end = std::min<uint64_t>(words.size(), block + blockRows);
+        for (uint64_t row = block; row < end; ++row) {
+            low = std::min(low, words[row]);
+            high = std::max(high, words[row]);
+        }
+    }
+    return {low, high};
+}
+
+dense_vector<uint64_t> SortKeys::LoadWords(const Namespace::SortSpec& spec) const {
     const RefCntPtr<Column> column = m_table.GetColumn(spec.name);
     const uint64_t count = m_table.GetCount();
-    budgeted_vector<uint64_t> words(count);
+    dense_vector<uint64_t> words(count);
     const auto read = [&](auto tag, auto convert) {
         using T = typename decltype(tag)::type;
         for (uint64_t row = 0; row < count;) {
@@ -107,14 +134,20 @@ void SortKeys::FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, u
         // The chunk's place within the word: bits below it fall off on the right, those above on the left.
         const unsigned right = end > to ? static_cast<unsigned>(end - to) : 0;
         const unsigned left = end < to ? static_cast<unsigned>(to - end) : 0;
-        const uint64_t* words = key.words.data();
-        for (uint64_t block = 0; block < count; block += blockRows) {
-            OperatorProgressCallback::Check(m_progress);
-            const uint64_t last = std::min(count, block + blockRows);
-            for (uint64_t i = block; i < last; ++i) {
-                const uint64_t word = words[static_cast<unsigned>(items[i])] - key.low;
-                items[i] |= (word >> right << left) << chunkBits;
+        const auto fill = [&](const auto* words) {
+            for (uint64_t block = 0; block < count; block += blockRows) {
+                OperatorProgressCallback::Check(m_progress);
+                const uint64_t last = std::min(count, block + blockRows);
+                for (uint64_t i = block; i < last; ++i) {
+                    const uint64_t word = words[static_cast<unsigned>(items[i])];
+                    items[i] |= (word >> right << left) << chunkBits;
+                }
             }
+        };
+        if (key.wide.empty()) {
+            fill(key.narrow.data());
+        } else {
+            fill(key.wide.data());
         }
     }
 }
@@ -122,8 +155,9 @@ void SortKeys::FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, u
 bool SortKeys::Less(unsigned a, unsigned b) {
     for (size_t k = 0;; ++k) {
         if (k == m_keys.size() && !Load(m_bits + 1)) return false;
-        const budgeted_vector<uint64_t>& words = m_keys[k].words;
-        if (words[a] != words[b]) return words[a] < words[b];
+        const uint64_t first = m_keys[k].At(a);
+        const uint64_t second = m_keys[k].At(b);
+        if (first != second) return first < second;
     }
 }
 

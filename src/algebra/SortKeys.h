@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "algebra/Namespace.h"
@@ -31,16 +32,20 @@ public:
     bool Less(unsigned a, unsigned b);
 
 private:
+    // The words of a key less the lowest of them, in as many bytes as they need.
     struct Key {
-        budgeted_vector<uint64_t> words;
-        uint64_t low;
+        dense_vector<uint64_t> wide;
+        dense_vector<uint32_t> narrow;
         unsigned bits;
         uint64_t first;  // bit of the string
+
+        uint64_t At(unsigned row) const { return wide.empty() ? narrow[row] : wide[row]; }
     };
 
     bool Load(uint64_t bits);
     Key LoadKey(const Namespace::SortSpec& spec) const;
-    budgeted_vector<uint64_t> LoadWords(const Namespace::SortSpec& spec) const;
+    std::pair<uint64_t, uint64_t> Extremes(const dense_vector<uint64_t>& words) const;
+    dense_vector<uint64_t> LoadWords(const Namespace::SortSpec& spec) const;
 
     const Table& m_table;
     const std::vector<Namespace::SortSpec> m_specs;

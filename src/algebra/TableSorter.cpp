@@ -107,8 +107,8 @@ bool TableSorter::Sort(uint64_t limit) {
     SortRows(keys, 0, candidates, 0);
     m_permutation.resize(m_count);
     // An assignment of nothing would keep the memory.
-    budgeted_vector<uint64_t>().swap(m_items);
-    budgeted_vector<uint64_t>().swap(m_scratch);
+    dense_vector<uint64_t>().swap(m_items);
+    dense_vector<uint64_t>().swap(m_scratch);
     return true;
 }
 
@@ -216,7 +216,7 @@ bool TableSorter::RadixSort() {
     const RefCntPtr<Column> key = m_table->GetColumn(m_specs.front().name);
     const WholeColumn cells(*key, m_table->GetStart(), rows, m_progress.get());
     constexpr unsigned empty = ~0u;
-    budgeted_vector<unsigned> places(rows, empty);
+    dense_vector<unsigned> places(rows, empty);
     bool permuted = true;
     const bool known = with_atom(key->GetPrimitiveType(usrpropkey::compression), [&](auto tag) {
         using T = typename decltype(tag)::type;

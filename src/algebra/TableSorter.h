@@ -41,7 +41,7 @@ public:
     bool Sort(uint64_t limit = ~uint64_t{0});
 
     /// After Sort: the row of the table that comes at each place; empty when the rows are not to be moved.
-    const budgeted_vector<unsigned>& GetPermutation() const { return m_permutation; }
+    const dense_vector<unsigned>& GetPermutation() const { return m_permutation; }
     /// After Sort: the number of rows that are kept.
     uint64_t GetCount() const { return m_count; }
     /// After Sort: fills `target`, which has the properties of a column of the table and no streams, with the values of
@@ -67,9 +67,9 @@ private:
     const RefCntPtr<Table> m_table;
     const std::vector<Namespace::SortSpec> m_specs;
     const RefCntPtr<ProgressCallback> m_progress;
-    budgeted_vector<unsigned> m_permutation;
-    budgeted_vector<uint64_t> m_items;
-    budgeted_vector<uint64_t> m_scratch;
+    dense_vector<unsigned> m_permutation;
+    dense_vector<uint64_t> m_items;
+    dense_vector<uint64_t> m_scratch;
     uint64_t m_count = 0;
 };
 

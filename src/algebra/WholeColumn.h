@@ -23,7 +23,7 @@ public:
     const input_column& GetInput() const { return m_view; }
 
 private:
-    budgeted_vector<char> m_copy;
+    dense_vector<char> m_copy;
     input_column m_view;
 };
 

@@ -1,7 +1,10 @@
 #include "algebra/radix_sort.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <utility>
+#include <vector>
 
 #include "algebra/OperatorProgressCallback.h"
 
@@ -9,67 +12,161 @@ namespace qve {
 
 namespace {
 
-constexpr unsigned digitBits = 11;
-constexpr unsigned digits = 3;
-constexpr unsigned buckets = 1u << digitBits;
 constexpr unsigned lowBit = 32;
+constexpr unsigned wordBits = 32;
 // Fewer items than this are sorted faster by comparing.
 constexpr uint64_t fewItems = 512;
 constexpr uint64_t blockItems = 1u << 20;
+// So many items, and as many of scratch, stay in the second-level cache: they are sorted from the lowest digit up. More
+// are divided by their highest digit first.
+constexpr uint64_t cachedItems = 1u << 15;
+constexpr unsigned mostDigitBits = 11;
+constexpr unsigned buckets = 1u << mostDigitBits;
+// Items of a bucket on their way to it, a line of the cache.
+constexpr unsigned lineItems = 8;
 
-unsigned Digit(uint64_t item, unsigned digit) {
-    return static_cast<unsigned>(item >> (lowBit + digit * digitBits)) & (buckets - 1);
-}
+/// Bits of the words by which items differ: those from `low` to `low` + `bits` - 1 have a difference.
+struct DigitRange {
+    unsigned low;
+    unsigned bits;
+
+    unsigned Of(uint64_t item) const {
+        return static_cast<unsigned>(item >> (lowBit + low)) & ((uint64_t{1} << bits) - 1);
+    }
+};
+
+class RadixSorter {
+public:
+    explicit RadixSorter(const ProgressCallback* progress) : m_progress(progress) {}
+
+    // Sorts the `count` items at `items` by the bits of their words below `bits`, in which alone they differ, to
+    // `items` or, with `crossing`, to `scratch`.
+    void Sort(uint64_t count, uint64_t* items, uint64_t* scratch, unsigned bits, bool crossing) {
+        if (bits == 0) {
+            if (crossing) std::copy_n(items, count, scratch);
+        } else if (count < fewItems) {
+            // An item holds its number too, so that equal words stay in order where numbers ascend.
+            std::sort(items, items + count);
+            if (crossing) std::copy_n(items, count, scratch);
+        } else if (count <= cachedItems) {
+            SortCached(count, items, scratch, bits, crossing);
+        } else {
+            Divide(count, items, scratch, bits, crossing);
+        }
+    }
+
+    // The number of bits, from the lowest up, in which the words of the items differ.
+    unsigned DifferingBits(uint64_t count, const uint64_t* items) const {
+        uint64_t difference = 0;
+        for (uint64_t block = 0; block < count; block += blockItems) {
+            OperatorProgressCallback::Check(m_progress);
+            const uint64_t end = std::min(count, block + blockItems);
+            for (uint64_t i = block; i < end; ++i) difference |= items[i] ^ items[0];
+        }
+        return static_cast<unsigned>(std::bit_width(difference >> lowBit));
+    }
+
+private:
+    void SortCached(uint64_t count, uint64_t* items, uint64_t* scratch, unsigned bits, bool crossing) {
+        const unsigned most = count < cachedItems / 4 ? 8 : mostDigitBits;
+        const unsigned digits = (bits + most - 1) / most;
+        uint64_t* from = items;
+        uint64_t* to = scratch;
+        for (unsigned d = 0; d < digits; ++d) {
+            const unsigned low = d * bits / digits;
+            const DigitRange digit{low, (d + 1) * bits / digits - low};
+            std::array<unsigned, buckets> next;
+            std::fill_n(next.begin(), size_t{1} << digit.bits, 0u);
+            for (uint64_t i = 0; i < count; ++i) ++next[digit.Of(from[i])];
+            unsigned before = 0;
+            for (size_t b = 0; b < size_t{1} << digit.bits; ++b) before += std::exchange(next[b], before);
+            for (uint64_t i = 0; i < count; ++i) to[next[digit.Of(from[i])]++] = from[i];
+            std::swap(from, to);
+        }
+        uint64_t* const wanted = crossing ? scratch : items;
+        if (from != wanted) std::copy_n(from, count, wanted);
+    }
+
+    // To buckets of the highest digit, each a part of `scratch`, and then each to its order.
+    void Divide(uint64_t count, uint64_t* items, uint64_t* scratch, unsigned bits, bool crossing) {
+        const auto wanted = static_cast<unsigned>(std::bit_width(count / cachedItems)) + 2;
+        const unsigned digitBits = std::min({bits, wanted, mostDigitBits});
+        const DigitRange digit{bits - digitBits, digitBits};
+        const size_t used = size_t{1} << digitBits;
+        std::vector<uint64_t> ends(used);
+        for (uint64_t block = 0; block < count; block += blockItems) {
+            OperatorProgressCallback::Check(m_progress);
+            const uint64_t end = std::min(count, block + blockItems);
+            for (uint64_t i = block; i < end; ++i) ++ends[digit.Of(items[i])];
+        }
+        uint64_t before = 0;
+        for (uint64_t& end : ends) before += std::exchange(end, before);
+        Distribute(count, items, scratch, digit, ends);
+        for (size_t b = 0; b < used; ++b) {
+            const uint64_t begin = b == 0 ? 0 : ends[b - 1];
+            const uint64_t length = ends[b] - begin;
+            if (length == 0) continue;
+            OperatorProgressCallback::Check(m_progress);
+            Sort(length, scratch + begin, items + begin, digit.low, !crossing);
+        }
+    }
+
+    // `next` has for each digit the place of its first item, and then the one behind its last. Items go by way of lines
+    // that stay in the cache, since writing to so many places at once would need a page table entry for each.
+    void Distribute(uint64_t count, const uint64_t* from, uint64_t* to, DigitRange digit, std::vector<uint64_t>& next) {
+        m_lines.resize(next.size() * lineItems);
+        std::vector<unsigned char> waiting(next.size());
+        for (uint64_t block = 0; block < count; block += blockItems) {
+            OperatorProgressCallback::Check(m_progress);
+            const uint64_t end = std::min(count, block + blockItems);
+            for (uint64_t i = block; i < end; ++i) {
+                const unsigned bucket = digit.Of(from[i]);
+                uint64_t* const line = m_lines.data() + size_t{bucket} * lineItems;
+                line[waiting[bucket]] = from[i];
+                if (++waiting[bucket] == lineItems) {
+                    std::copy_n(line, lineItems, to + next[bucket]);
+                    next[bucket] += lineItems;
+                    waiting[bucket] = 0;
+                }
+            }
+        }
+        for (size_t bucket = 0; bucket < next.size(); ++bucket) {
+            std::copy_n(m_lines.data() + bucket * lineItems, waiting[bucket], to + next[bucket]);
+            next[bucket] += waiting[bucket];
+        }
+    }
+
+    const ProgressCallback* const m_progress;
+    std::vector<uint64_t> m_lines;
+};
 
 }  // namespace
 
 void radix_sort(uint64_t count, uint64_t* items, uint64_t* scratch, const ProgressCallback* progress) {
-    if (count < fewItems) {
-        std::sort(items, items + count);
-        return;
-    }
-    static_assert(digits * digitBits >= 32);
-    uint64_t places[digits][buckets] = {};
-    for (uint64_t block = 0; block < count; block += blockItems) {
-        OperatorProgressCallback::Check(progress);
-        const uint64_t end = std::min(count, block + blockItems);
-        for (uint64_t i = block; i < end; ++i) {
-            for (unsigned d = 0; d < digits; ++d) ++places[d][Digit(items[i], d)];
-        }
-    }
-    uint64_t* from = items;
-    uint64_t* to = scratch;
-    for (unsigned d = 0; d < digits; ++d) {
-        if (places[d][Digit(items[0], d)] == count) continue;  // all items have the same digit
-        uint64_t next = 0;
-        for (uint64_t& place : places[d]) next += std::exchange(place, next);
-        for (uint64_t block = 0; block < count; block += blockItems) {
-            OperatorProgressCallback::Check(progress);
-            const uint64_t end = std::min(count, block + blockItems);
-            for (uint64_t i = block; i < end; ++i) to[places[d][Digit(from[i], d)]++] = from[i];
-        }
-        std::swap(from, to);
-    }
-    if (from != items) std::copy_n(from, count, items);
+    if (count < 2) return;
+    RadixSorter sorter(progress);
+    sorter.Sort(count, items, scratch, sorter.DifferingBits(count, items), false);
 }
 
 // From the highest digit down: counts the items that agree with the answer in all digits before.
 uint64_t radix_select(uint64_t count, const uint64_t* items, uint64_t rank, const ProgressCallback* progress) {
     uint64_t answer = 0;
-    for (unsigned d = digits; d-- > 0;) {
-        const unsigned known = (d + 1) * digitBits;
-        uint64_t places[buckets] = {};
+    for (unsigned known = wordBits; known > 0;) {
+        const unsigned low = known > mostDigitBits ? known - mostDigitBits : 0;
+        const DigitRange digit{low, known - low};
+        std::vector<uint64_t> counts(size_t{1} << digit.bits);
         for (uint64_t block = 0; block < count; block += blockItems) {
             OperatorProgressCallback::Check(progress);
             const uint64_t end = std::min(count, block + blockItems);
             for (uint64_t i = block; i < end; ++i) {
                 const uint64_t word = items[i] >> lowBit;
-                places[Digit(items[i], d)] += word >> known == answer >> known;
+                counts[digit.Of(items[i])] += word >> known == answer >> known;
             }
         }
-        uint64_t digit = 0;
-        while (rank >= places[digit]) rank -= places[digit++];
-        answer |= digit << (d * digitBits);
+        uint64_t value = 0;
+        while (rank >= counts[value]) rank -= counts[value++];
+        answer |= value << low;
+        known = low;
     }
     return answer;
 }

@@ -34,18 +34,26 @@ public:
 };
 
 /// An allocator of vectors whose large blocks are BudgetedMemory.
-template <class T>
+template <class T, bool dense = false>
 struct budgeted_allocator {
     using value_type = T;
+    template <class U>
+    struct rebind {
+        using other = budgeted_allocator<U, dense>;
+    };
 
     budgeted_allocator() = default;
     template <class U>
-    budgeted_allocator(const budgeted_allocator<U>&) {}
+    budgeted_allocator(const budgeted_allocator<U, dense>&) {}
 
     T* allocate(size_t count) {
         const uint64_t bytes = uint64_t{count} * sizeof(T);
-        return static_cast<T*>(bytes < BudgetedMemory::least ? ::operator new(bytes) : BudgetedMemory::Allocate(bytes));
+        return static_cast<T*>(bytes < BudgetedMemory::least ? ::operator new(bytes)
+                                                             : BudgetedMemory::Allocate(bytes, dense));
     }
+    /// What is to be filled whole is not set before.
+    template <class U>
+    requires dense void construct(U* value) { ::new (static_cast<void*>(value)) U; }
     void deallocate(T* block, size_t count) noexcept {
         const uint64_t bytes = uint64_t{count} * sizeof(T);
         if (bytes < BudgetedMemory::least) {
@@ -59,5 +67,10 @@ struct budgeted_allocator {
 
 template <class T>
 using budgeted_vector = std::vector<T, budgeted_allocator<T>>;
+
+/// A budgeted_vector of numbers for what is filled whole and then read in any order: it asks for large pages, and
+/// resize leaves new numbers undefined.
+template <class T>
+using dense_vector = std::vector<T, budgeted_allocator<T, true>>;
 
 }  // namespace qve

@@ -4,6 +4,7 @@
 
 #include "storage/integer_width.h"
 #include "storage/status.h"
+#include "storage/stream/MemoryDataStream.h"
 #include "system/QuillonException.h"
 #include "types/usratom.h"
 
@@ -78,6 +79,14 @@ AffineDataStream::AffineDataStream(const AffineDataStream& other, RefCntPtr<Data
       m_first(other.m_first),
       m_step(other.m_step),
       m_block(other.m_block) {}
+
+RefCntPtr<AffineDataStream> AffineDataStream::MakeRowNumbers(uint64_t rows) {
+    constexpr unsigned width = 8;
+    auto numbers = MakeRef<AffineDataStream>(MakeRef<MemoryDataStream>(), width, 0, 0, 1);
+    numbers->SetLength(rows * width);
+    numbers->Flush();
+    return numbers;
+}
 
 unsigned AffineDataStream::GetDeltaType(unsigned width) {
     if (!is_integer_width(width))

@@ -16,6 +16,9 @@ public:
     /// Writes to `target`, which is empty.
     AffineDataStream(RefCntPtr<DataStream> target, unsigned width, unsigned block, int64_t first, int64_t step);
 
+    /// The numbers from 0 to `rows` - 1, in cells of 8 bytes.
+    static RefCntPtr<AffineDataStream> MakeRowNumbers(uint64_t rows);
+
     int64_t GetFirst() const { return m_first; }
     int64_t GetStep() const { return m_step; }
     /// Takes another first value, of the same or of another width; the values move with it, or change their width.

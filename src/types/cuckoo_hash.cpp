@@ -158,14 +158,16 @@ void cuckoo_hash<K, V>::rehash() {
                 " capacity=" + std::to_string(m_slots.size()) + " stashes=" + std::to_string(m_stash.size()) +
                 " collisions=" + std::to_string(m_collisions.size()) + ")");
     }
+    constexpr size_t polled_slots = size_t{1} << 16;
     budgeted_vector<slot> larger(size_t{3} << (m_nbits + 1), slot(0, absent));
     ++m_nbits;
     m_count = 0;
     m_slots.swap(larger);
     std::vector<slot> stash;
     m_stash.swap(stash);
-    for (const slot& entry : larger) {
-        if (entry.second != absent) insert_worker(entry.first, entry.second);
+    for (size_t i = 0; i < larger.size(); ++i) {
+        if (m_poll && i % polled_slots == 0) m_poll();
+        if (larger[i].second != absent) insert_worker(larger[i].first, larger[i].second);
     }
     for (const slot& entry : stash) insert_worker(entry.first, entry.second);
 }

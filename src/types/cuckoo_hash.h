@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -53,6 +54,10 @@ public:
     /// Forgets everything and makes room for `expected` keys.
     void clear(size_t expected = 0);
 
+    /// What a growing table calls now and then. When it throws, the table has lost keys: only clear and the destructor
+    /// may follow.
+    void set_poll(std::function<void()> poll) { m_poll = std::move(poll); }
+
     /// Brings the places of a key into the cache.
     void prefetch(K key) const {
         __builtin_prefetch(&m_slots[first(key)]);
@@ -98,6 +103,7 @@ private:
     budgeted_vector<slot> m_slots;
     std::vector<slot> m_stash;
     std::unordered_multimap<K, V> m_collisions;
+    std::function<void()> m_poll;
 };
 
 extern template class cuckoo_hash<unsigned, unsigned>;

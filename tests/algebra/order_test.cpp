@@ -207,7 +207,7 @@ TEST(TableSorter, AKeyThatIsSortedByItsPropertiesCostsNothing) {
     EXPECT_FALSE(sorted.Sort());
     TableSorter reversed(table, {{L"k", true}});
     EXPECT_TRUE(reversed.Sort());
-    EXPECT_EQ(reversed.GetPermutation(), (budgeted_vector<unsigned>{2, 1, 0}));
+    EXPECT_EQ(reversed.GetPermutation(), (dense_vector<unsigned>{2, 1, 0}));
     TableSorter unsorted(table, {});
     EXPECT_FALSE(unsorted.Sort());
     EXPECT_EQ(StatusOf([] { TableSorter(nullptr, {}); }), status::TableSorter_table);
@@ -241,6 +241,27 @@ TEST(TableSorter, ACancelEndsTheSort) {
         const auto order = MakeRef<Order>(table, Specs{{L"k0", false}});
         order->GetProgressCallback()->SetCancelled();
         EXPECT_THROW(order->Build(1024), Operator::CancelledException);
+    }
+}
+
+// All sizes for which there is a path of its own, with words of few bits and of all, and with one value for nearly all.
+TEST(RadixSort, SortsByTheUpperHalfAndKeepsTheOrderOfEqualOnes) {
+    std::mt19937_64 random(23);
+    for (const size_t count : {0u, 1u, 300u, 5000u, 30'000u, 300'000u}) {
+        for (const uint64_t spread : {uint64_t{1}, uint64_t{3}, uint64_t{3000}, uint64_t{1} << 20, uint64_t{1} << 32}) {
+            for (const unsigned shift : {0u, 11u}) {
+                std::vector<uint64_t> items(count);
+                for (size_t i = 0; i < count; ++i) {
+                    const uint64_t word = i % 8 ? 7 : (random() % spread) << shift & 0xFFFFFFFF;
+                    items[i] = word << 32 | i;
+                }
+                std::vector<uint64_t> sorted = items;
+                std::sort(sorted.begin(), sorted.end());
+                std::vector<uint64_t> scratch(count);
+                radix_sort(count, items.data(), scratch.data(), nullptr);
+                EXPECT_EQ(items, sorted) << count << " rows, " << spread << " words";
+            }
+        }
     }
 }
 
