@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace qve {
 
 /// Rows that add_by_group takes side by side: of each group it keeps so many sums.
@@ -12,5 +14,8 @@ inline constexpr unsigned most_added_groups = 8;
 /// at parts + s * stride.
 unsigned add_by_group(unsigned n, double* parts, unsigned stride, const double* values, const unsigned* groups,
                       unsigned count);
+/// The same where values may be null, which changes nothing; bit g of `seen` is set when a value of group g is not.
+unsigned add_nullable_by_group(unsigned n, double* parts, unsigned stride, const double* values, const unsigned* groups,
+                               unsigned count, uint64_t& seen);
 
 }  // namespace qve

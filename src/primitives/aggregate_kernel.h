@@ -9,6 +9,7 @@
 #include "primitives/kernel_table.h"
 #include "primitives/null_lanes.h"
 #include "primitives/vector_level.h"
+#include "primitives/wide_lanes.h"
 
 namespace qve {
 
@@ -37,6 +38,8 @@ struct aggregate_kernel {
     static constexpr bool adds_doubles = requires { Op::adds; }
     &&std::is_same_v<R, double>&& std::is_same_v<View, col<double>>;
 
+    static constexpr bool has_lanes = std::is_same_v<View, col<A>> && has_null_lanes<Op, R, A>;
+
     struct partial {
         R value = Op::template identity<R>();
         bool seen = false;
@@ -50,15 +53,19 @@ struct aggregate_kernel {
     }
 
     /// All rows as one group.
-    template <bool Nulls, bool ByLanes = false>
+    template <bool Nulls, vector_level Lanes = vector_level::scalar>
     [[gnu::always_inline]] static partial reduce(unsigned n, View a, unsigned const* sel) {
         R parts[lanes];
         unsigned_of<R> seen[lanes] = {};
         for (unsigned l = 0; l < lanes; ++l) parts[l] = Op::template identity<R>();
         unsigned k = 0;
-        if constexpr (ByLanes) {
+        if constexpr (has_lanes && Lanes != vector_level::scalar) {
             k = n / lanes * lanes;
-            seen[0] = null_lanes<Op, R, A>::merge(k, a.data, parts);
+            if constexpr (Lanes == vector_level::avx512) {
+                seen[0] = wide_lanes<Op, R, A>::merge(k, a.data, parts);
+            } else {
+                seen[0] = null_lanes<Op, R, A>::merge_avx2(k, a.data, parts);
+            }
         }
         for (; k + lanes <= n; k += lanes) {
             for (unsigned l = 0; l < lanes; ++l) {
@@ -86,8 +93,9 @@ struct aggregate_kernel {
         return reduce<true>(n, a, nullptr);
     }
     [[gnu::target("avx2")]] static partial reduce_nulls_avx2(unsigned n, View a) {
-        return reduce < true, std::is_same_v<View, col<A>> && has_null_lanes<Op, R, A> > (n, a, nullptr);
+        return reduce<true, vector_level::avx2>(n, a, nullptr);
     }
+    static partial reduce_nulls_avx512(unsigned n, View a) { return reduce<true, vector_level::avx512>(n, a, nullptr); }
     [[gnu::target("avx2")]] static partial reduce_whole_avx2(unsigned n, View a) {
         return reduce<false>(n, a, nullptr);
     }
@@ -95,6 +103,9 @@ struct aggregate_kernel {
     static partial reduce_rows(unsigned n, View a, unsigned const* sel) {
         if (sel) return reduce<true>(n, a, sel);
         const vector_level level = current_vector_level();
+        if constexpr (has_lanes && has_wide_lanes<Op, R, A>()) {
+            if (level == vector_level::avx512 && !a.whole) return reduce_nulls_avx512(n, a);
+        }
         if (level >= vector_level::avx2) return a.whole ? reduce_whole_avx2(n, a) : reduce_nulls_avx2(n, a);
         if (a.whole) return reduce_whole(n, a);
         return level == vector_level::sse41 ? reduce_nulls_sse41(n, a) : reduce_nulls(n, a);
@@ -142,9 +153,10 @@ struct aggregate_kernel {
             if constexpr (Nulls && Op::starts_null) seen |= uint64_t{!is_null(x)} << group;
         };
         unsigned k = 0;
-        if constexpr (!Nulls && adds_doubles) {
+        if constexpr (adds_doubles) {
             if (!sel && highest < most_added_groups) {
-                k = add_by_group(n, parts[0], few_groups, a.data, groups, highest + 1);
+                k = Nulls ? add_nullable_by_group(n, parts[0], few_groups, a.data, groups, highest + 1, seen)
+                          : add_by_group(n, parts[0], few_groups, a.data, groups, highest + 1);
             }
         }
         for (; k + copies <= n; k += copies) {

@@ -22,6 +22,7 @@ struct count_op {
         return 1;
     }
     static constexpr bool has_lanes = true;
+    static constexpr wide_merge wide = wide_merge::count;
     template <class V>
     [[gnu::always_inline]] static void merge_lanes(V& parts, const V& more) {
         add_lanes(parts, more);

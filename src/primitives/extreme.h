@@ -34,6 +34,7 @@ struct extreme {
         return value;
     }
     static constexpr bool has_lanes = true;
+    static constexpr wide_merge wide = Greatest ? wide_merge::greatest : wide_merge::least;
     template <class V>
     [[gnu::always_inline]] static void merge_lanes(V& parts, const V& more) {
         const V& less = Greatest ? parts : more;

@@ -20,6 +20,7 @@ struct adding {
         return static_cast<P>(value);
     }
     static constexpr bool has_lanes = true;
+    static constexpr wide_merge wide = wide_merge::add;
     template <class V>
     [[gnu::always_inline]] static void merge_lanes(V& parts, const V& more) {
         add_lanes(parts, more);
