@@ -7,6 +7,7 @@
 #include "algebra/DictionaryRanks.h"
 #include "algebra/OperatorProgressCallback.h"
 #include "algebra/Table.h"
+#include "algebra/radix_sort.h"
 #include "algebra/sort_word.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
@@ -144,12 +145,35 @@ void SortKeys::FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, u
                 }
             }
         };
-        if (key.wide.empty()) {
-            fill(key.narrow.data());
-        } else {
-            fill(key.wide.data());
-        }
+        key.Visit(fill);
     }
+}
+
+void SortKeys::FillWide(uint64_t count, wide_item* items) {
+    constexpr unsigned wideBits = wideChunks * chunkBits;
+    Load(wideBits);
+    for (uint64_t i = 0; i < count; ++i) items[i] = {0, i};
+    for (const Key& key : m_keys) {
+        if (key.first >= wideBits) continue;
+        const uint64_t end = key.first + key.bits;
+        const unsigned right = end > wideBits ? static_cast<unsigned>(end - wideBits) : 0;
+        const unsigned left = end < wideBits ? static_cast<unsigned>(wideBits - end) : 0;
+        key.Visit([&](const auto* words) {
+            for (uint64_t block = 0; block < count; block += blockRows) {
+                OperatorProgressCallback::Check(m_progress);
+                const uint64_t last = std::min(count, block + blockRows);
+                for (uint64_t i = block; i < last; ++i) {
+                    const auto bits = static_cast<unsigned __int128>(uint64_t{words[i]} >> right) << left;
+                    items[i].high |= static_cast<uint64_t>(bits >> chunkBits);
+                    items[i].low |= static_cast<uint64_t>(bits) << chunkBits;
+                }
+            }
+        });
+    }
+}
+
+void SortKeys::Release() {
+    m_keys.clear();
 }
 
 bool SortKeys::Less(unsigned a, unsigned b) {

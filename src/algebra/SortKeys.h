@@ -11,6 +11,7 @@ namespace qve {
 
 class ProgressCallback;
 class Table;
+struct wide_item;
 
 /// The sort keys of the rows of a table as one string of bits each, whose order is that of the rows: the keys one
 /// behind the other, each as wide as the difference of its largest and smallest value. A key column is read when the
@@ -19,6 +20,8 @@ class SortKeys {
 public:
     /// The bits of a key string are handled in pieces of so many.
     static constexpr unsigned chunkBits = 32;
+    /// What the items of FillWide hold, in chunks.
+    static constexpr unsigned wideChunks = 3;
 
     /// Rows are counted from the start of `table`, which is built and outlives this. `progress` may be null.
     SortKeys(const Table& table, const std::vector<Namespace::SortSpec>& specs, const ProgressCallback* progress);
@@ -28,6 +31,10 @@ public:
     bool HasChunk(unsigned chunk);
     /// For each of `count` rows: items[i] = the chunk of its key << 32 | its number. `rows` null means rows 0 to count.
     void FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, uint64_t* items);
+    /// The rows in their order, each with the first 96 bits of its key.
+    void FillWide(uint64_t count, wide_item* items);
+    /// Gives the memory of the keys back; nothing but the destructor may follow.
+    void Release();
     /// Whether row `a` comes before row `b`.
     bool Less(unsigned a, unsigned b);
 
@@ -40,6 +47,11 @@ private:
         uint64_t first;  // bit of the string
 
         uint64_t At(unsigned row) const { return wide.empty() ? narrow[row] : wide[row]; }
+        /// Calls use(words) with those that there are.
+        template <class Use>
+        void Visit(Use use) const {
+            wide.empty() ? use(narrow.data()) : use(wide.data());
+        }
     };
 
     bool Load(uint64_t bits);

@@ -86,6 +86,10 @@ bool TableSorter::Sort(uint64_t limit) {
         m_permutation.clear();
         return false;
     }
+    if (m_count == rows && keys.HasChunk(1)) {
+        SortWide(keys);
+        return true;
+    }
     m_items.resize(rows);
     keys.FillChunk(0, nullptr, rows, m_items.data());
     uint64_t candidates = rows;
@@ -106,10 +110,39 @@ bool TableSorter::Sort(uint64_t limit) {
     m_scratch.resize(candidates);
     SortRows(keys, 0, candidates, 0);
     m_permutation.resize(m_count);
+    ReleaseItems();
+    return true;
+}
+
+// Rows that carry the beginning of their keys with them: nothing is looked up while they are sorted, so that it matters
+// little whether all of them stay in memory.
+void TableSorter::SortWide(SortKeys& keys) {
+    const uint64_t rows = m_count;
+    dense_vector<wide_item> items(rows);
+    keys.FillWide(rows, items.data());
+    const bool complete = !keys.HasChunk(SortKeys::wideChunks);
+    if (complete) keys.Release();
+    dense_vector<wide_item> scratch(rows);
+    radix_sort(rows, items.data(), scratch.data(), m_progress.get());
+    dense_vector<wide_item>().swap(scratch);
+    for (uint64_t i = 0; i < rows; ++i) m_permutation[i] = static_cast<unsigned>(items[i].low);
+    if (complete) return;
+    const auto key = [&items](uint64_t place) { return std::pair(items[place].high, items[place].low >> 32); };
+    m_items.resize(rows);
+    m_scratch.resize(rows);
+    for (uint64_t begin = 0; begin < rows;) {
+        uint64_t end = begin + 1;
+        while (end < rows && key(end) == key(begin)) ++end;
+        SortRows(keys, begin, end, SortKeys::wideChunks);
+        begin = end;
+    }
+    ReleaseItems();
+}
+
+void TableSorter::ReleaseItems() {
     // An assignment of nothing would keep the memory.
     dense_vector<uint64_t>().swap(m_items);
     dense_vector<uint64_t>().swap(m_scratch);
-    return true;
 }
 
 // Sorts the rows at the places `first` to `last`, which are equal in all chunks before this one.

@@ -56,6 +56,8 @@ private:
     std::vector<Namespace::SortSpec> GetDecidingSpecs() const;
     bool IsRadixSortable() const;
     bool RadixSort();
+    void SortWide(SortKeys& keys);
+    void ReleaseItems();
     void SortRows(SortKeys& keys, uint64_t first, uint64_t last, unsigned chunk);
     void SortRuns(SortKeys& keys, uint64_t first, uint64_t last, unsigned chunk);
     void SortFew(SortKeys& keys, uint64_t first, uint64_t last);

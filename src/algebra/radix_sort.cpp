@@ -12,41 +12,68 @@ namespace qve {
 
 namespace {
 
-constexpr unsigned lowBit = 32;
+constexpr unsigned rowBits = 32;
 constexpr unsigned wordBits = 32;
 // Fewer items than this are sorted faster by comparing.
 constexpr uint64_t fewItems = 512;
 constexpr uint64_t blockItems = 1u << 20;
-// So many items, and as many of scratch, stay in the second-level cache: they are sorted from the lowest digit up. More
-// are divided by their highest digit first.
-constexpr uint64_t cachedItems = 1u << 15;
+// Items of so many bytes, and as many of scratch, stay in the second-level cache: they are sorted from the lowest digit
+// up. More are divided by their highest digit first.
+constexpr uint64_t cachedBytes = 1u << 18;
+// Of a long key so many bits are sorted by digits: few items have more in common.
+constexpr unsigned digitBitsOfLongKey = 22;
 constexpr unsigned mostDigitBits = 11;
 constexpr unsigned buckets = 1u << mostDigitBits;
-// Items of a bucket on their way to it, a line of the cache.
+// Items of a bucket on their way to it.
 constexpr unsigned lineItems = 8;
 
-/// Bits of the words by which items differ: those from `low` to `low` + `bits` - 1 have a difference.
+// The key of an item as one number.
+uint64_t KeyOf(uint64_t item) {
+    return item >> rowBits;
+}
+unsigned __int128 KeyOf(const wide_item& item) {
+    return static_cast<unsigned __int128>(item.high) << wordBits | item.low >> rowBits;
+}
+
+bool Less(uint64_t a, uint64_t b) {
+    return a < b;
+}
+bool Less(const wide_item& a, const wide_item& b) {
+    return a.high != b.high ? a.high < b.high : a.low < b.low;
+}
+
+unsigned BitWidth(uint64_t key) {
+    return static_cast<unsigned>(std::bit_width(key));
+}
+unsigned BitWidth(unsigned __int128 key) {
+    const auto high = static_cast<uint64_t>(key >> 64);
+    return high != 0 ? 64 + BitWidth(high) : BitWidth(static_cast<uint64_t>(key));
+}
+
+/// The bits of a key from `low` to `low` + `bits` - 1.
 struct DigitRange {
     unsigned low;
     unsigned bits;
 
-    unsigned Of(uint64_t item) const {
-        return static_cast<unsigned>(item >> (lowBit + low)) & ((uint64_t{1} << bits) - 1);
+    template <class Item>
+    unsigned Of(const Item& item) const {
+        return static_cast<unsigned>(KeyOf(item) >> low) & ((1u << bits) - 1);
     }
 };
 
+template <class Item>
 class RadixSorter {
 public:
     explicit RadixSorter(const ProgressCallback* progress) : m_progress(progress) {}
 
-    // Sorts the `count` items at `items` by the bits of their words below `bits`, in which alone they differ, to
-    // `items` or, with `crossing`, to `scratch`.
-    void Sort(uint64_t count, uint64_t* items, uint64_t* scratch, unsigned bits, bool crossing) {
+    // Sorts the `count` items at `items` by the bits of their keys below `bits`, in which alone they differ, to `items`
+    // or, with `crossing`, to `scratch`.
+    void Sort(uint64_t count, Item* items, Item* scratch, unsigned bits, bool crossing) {
         if (bits == 0) {
             if (crossing) std::copy_n(items, count, scratch);
         } else if (count < fewItems) {
-            // An item holds its number too, so that equal words stay in order where numbers ascend.
-            std::sort(items, items + count);
+            // An item holds its number too, so that equal keys stay in order where numbers ascend.
+            std::sort(items, items + count, [](const Item& a, const Item& b) { return Less(a, b); });
             if (crossing) std::copy_n(items, count, scratch);
         } else if (count <= cachedItems) {
             SortCached(count, items, scratch, bits, crossing);
@@ -55,26 +82,32 @@ public:
         }
     }
 
-    // The number of bits, from the lowest up, in which the words of the items differ.
-    unsigned DifferingBits(uint64_t count, const uint64_t* items) const {
-        uint64_t difference = 0;
+    // The number of bits, from the lowest up, in which the keys of the items differ.
+    unsigned DifferingBits(uint64_t count, const Item* items) const {
+        const auto first = KeyOf(items[0]);
+        auto difference = first ^ first;
         for (uint64_t block = 0; block < count; block += blockItems) {
             OperatorProgressCallback::Check(m_progress);
             const uint64_t end = std::min(count, block + blockItems);
-            for (uint64_t i = block; i < end; ++i) difference |= items[i] ^ items[0];
+            for (uint64_t i = block; i < end; ++i) difference |= KeyOf(items[i]) ^ first;
         }
-        return static_cast<unsigned>(std::bit_width(difference >> lowBit));
+        return BitWidth(difference);
     }
 
 private:
-    void SortCached(uint64_t count, uint64_t* items, uint64_t* scratch, unsigned bits, bool crossing) {
+    static constexpr uint64_t cachedItems = cachedBytes / sizeof(Item);
+    static constexpr unsigned mostSortedBits = sizeof(Item) > sizeof(uint64_t) ? digitBitsOfLongKey : wordBits;
+
+    void SortCached(uint64_t count, Item* items, Item* scratch, unsigned bits, bool crossing) {
         const unsigned most = count < cachedItems / 4 ? 8 : mostDigitBits;
-        const unsigned digits = (bits + most - 1) / most;
-        uint64_t* from = items;
-        uint64_t* to = scratch;
+        const unsigned sorted = std::min(bits, mostSortedBits);
+        const unsigned rest = bits - sorted;
+        const unsigned digits = (sorted + most - 1) / most;
+        Item* from = items;
+        Item* to = scratch;
         for (unsigned d = 0; d < digits; ++d) {
-            const unsigned low = d * bits / digits;
-            const DigitRange digit{low, (d + 1) * bits / digits - low};
+            const unsigned low = d * sorted / digits;
+            const DigitRange digit{rest + low, (d + 1) * sorted / digits - low};
             std::array<unsigned, buckets> next;
             std::fill_n(next.begin(), size_t{1} << digit.bits, 0u);
             for (uint64_t i = 0; i < count; ++i) ++next[digit.Of(from[i])];
@@ -83,12 +116,24 @@ private:
             for (uint64_t i = 0; i < count; ++i) to[next[digit.Of(from[i])]++] = from[i];
             std::swap(from, to);
         }
-        uint64_t* const wanted = crossing ? scratch : items;
+        if (rest > 0) SortTies(count, from, to, rest);
+        Item* const wanted = crossing ? scratch : items;
         if (from != wanted) std::copy_n(from, count, wanted);
     }
 
+    // Items are in the order of their keys without the lowest `bits` bits.
+    void SortTies(uint64_t count, Item* items, Item* scratch, unsigned bits) {
+        for (uint64_t begin = 0; begin < count;) {
+            const auto key = KeyOf(items[begin]) >> bits;
+            uint64_t end = begin + 1;
+            while (end < count && KeyOf(items[end]) >> bits == key) ++end;
+            if (end - begin > 1) Sort(end - begin, items + begin, scratch + begin, bits, false);
+            begin = end;
+        }
+    }
+
     // To buckets of the highest digit, each a part of `scratch`, and then each to its order.
-    void Divide(uint64_t count, uint64_t* items, uint64_t* scratch, unsigned bits, bool crossing) {
+    void Divide(uint64_t count, Item* items, Item* scratch, unsigned bits, bool crossing) {
         const auto wanted = static_cast<unsigned>(std::bit_width(count / cachedItems)) + 2;
         const unsigned digitBits = std::min({bits, wanted, mostDigitBits});
         const DigitRange digit{bits - digitBits, digitBits};
@@ -113,7 +158,7 @@ private:
 
     // `next` has for each digit the place of its first item, and then the one behind its last. Items go by way of lines
     // that stay in the cache, since writing to so many places at once would need a page table entry for each.
-    void Distribute(uint64_t count, const uint64_t* from, uint64_t* to, DigitRange digit, std::vector<uint64_t>& next) {
+    void Distribute(uint64_t count, const Item* from, Item* to, DigitRange digit, std::vector<uint64_t>& next) {
         m_lines.resize(next.size() * lineItems);
         std::vector<unsigned char> waiting(next.size());
         for (uint64_t block = 0; block < count; block += blockItems) {
@@ -121,7 +166,7 @@ private:
             const uint64_t end = std::min(count, block + blockItems);
             for (uint64_t i = block; i < end; ++i) {
                 const unsigned bucket = digit.Of(from[i]);
-                uint64_t* const line = m_lines.data() + size_t{bucket} * lineItems;
+                Item* const line = m_lines.data() + size_t{bucket} * lineItems;
                 line[waiting[bucket]] = from[i];
                 if (++waiting[bucket] == lineItems) {
                     std::copy_n(line, lineItems, to + next[bucket]);
@@ -137,15 +182,24 @@ private:
     }
 
     const ProgressCallback* const m_progress;
-    std::vector<uint64_t> m_lines;
+    std::vector<Item> m_lines;
 };
+
+template <class Item>
+void SortItems(uint64_t count, Item* items, Item* scratch, const ProgressCallback* progress) {
+    if (count < 2) return;
+    RadixSorter<Item> sorter(progress);
+    sorter.Sort(count, items, scratch, sorter.DifferingBits(count, items), false);
+}
 
 }  // namespace
 
 void radix_sort(uint64_t count, uint64_t* items, uint64_t* scratch, const ProgressCallback* progress) {
-    if (count < 2) return;
-    RadixSorter sorter(progress);
-    sorter.Sort(count, items, scratch, sorter.DifferingBits(count, items), false);
+    SortItems(count, items, scratch, progress);
+}
+
+void radix_sort(uint64_t count, wide_item* items, wide_item* scratch, const ProgressCallback* progress) {
+    SortItems(count, items, scratch, progress);
 }
 
 // From the highest digit down: counts the items that agree with the answer in all digits before.
@@ -159,7 +213,7 @@ uint64_t radix_select(uint64_t count, const uint64_t* items, uint64_t rank, cons
             OperatorProgressCallback::Check(progress);
             const uint64_t end = std::min(count, block + blockItems);
             for (uint64_t i = block; i < end; ++i) {
-                const uint64_t word = items[i] >> lowBit;
+                const uint64_t word = KeyOf(items[i]);
                 counts[digit.Of(items[i])] += word >> known == answer >> known;
             }
         }

@@ -109,8 +109,13 @@ TEST(Order, EveryTypeSortsBothWays) {
 TEST(Order, SeveralKeysSortByTheFirstThatDiffers) {
     std::mt19937 random(seed);
     const std::vector<std::vector<std::wstring>> keys = {
-        {L"bit", L"tiny", L"double"}, {L"text", L"bigint"},         {L"double", L"text", L"date"},
-        {L"date", L"long", L"oid"},   {L"short", L"text", L"text"}, {L"float", L"uchr", L"datetime"},
+        {L"bit", L"tiny", L"double"},
+        {L"text", L"bigint"},
+        {L"double", L"text", L"date"},
+        {L"date", L"long", L"oid"},
+        {L"short", L"text", L"text"},
+        {L"float", L"uchr", L"datetime"},
+        {L"double", L"double", L"bigint", L"short"},
     };
     for (const std::vector<std::wstring>& types : keys) {
         for (unsigned senses = 0; senses < 8; ++senses) {
@@ -244,25 +249,42 @@ TEST(TableSorter, ACancelEndsTheSort) {
     }
 }
 
-// All sizes for which there is a path of its own, with words of few bits and of all, and with one value for nearly all.
-TEST(RadixSort, SortsByTheUpperHalfAndKeepsTheOrderOfEqualOnes) {
+// All sizes for which there is a path of its own, with keys that have few values and many, in their lowest bits and in
+// their highest ones, and with one value for most.
+template <class Item, class Make, class Value>
+void CheckRadixSort(unsigned keyBits, Make make, Value value) {
     std::mt19937_64 random(23);
     for (const size_t count : {0u, 1u, 300u, 5000u, 30'000u, 300'000u}) {
         for (const uint64_t spread : {uint64_t{1}, uint64_t{3}, uint64_t{3000}, uint64_t{1} << 20, uint64_t{1} << 32}) {
-            for (const unsigned shift : {0u, 11u}) {
-                std::vector<uint64_t> items(count);
+            for (const unsigned shift : {0u, 11u, keyBits - 32, keyBits - 2}) {
+                std::vector<Item> items(count);
                 for (size_t i = 0; i < count; ++i) {
-                    const uint64_t word = i % 8 ? 7 : (random() % spread) << shift & 0xFFFFFFFF;
-                    items[i] = word << 32 | i;
+                    const auto key = static_cast<unsigned __int128>(random() % spread) << shift;
+                    items[i] = make(i % 8 ? 7 : key, i);
                 }
-                std::vector<uint64_t> sorted = items;
-                std::sort(sorted.begin(), sorted.end());
-                std::vector<uint64_t> scratch(count);
+                std::vector<Item> sorted = items;
+                const auto less = [value](const Item& a, const Item& b) { return value(a) < value(b); };
+                std::sort(sorted.begin(), sorted.end(), less);
+                std::vector<Item> scratch(count);
                 radix_sort(count, items.data(), scratch.data(), nullptr);
-                EXPECT_EQ(items, sorted) << count << " rows, " << spread << " words";
+                const auto same = [value](const Item& a, const Item& b) { return value(a) == value(b); };
+                EXPECT_TRUE(std::equal(items.begin(), items.end(), sorted.begin(), same))
+                    << count << " rows, " << spread << " keys, shifted by " << shift;
             }
         }
     }
+}
+
+TEST(RadixSort, SortsByTheKeyAndKeepsTheOrderOfEqualOnes) {
+    CheckRadixSort<uint64_t>(
+        32, [](unsigned __int128 key, uint64_t row) { return static_cast<uint64_t>(key) << 32 | row; },
+        [](uint64_t item) { return item; });
+    CheckRadixSort<wide_item>(
+        96,
+        [](unsigned __int128 key, uint64_t row) {
+            return wide_item{static_cast<uint64_t>(key >> 32), static_cast<uint64_t>(key) << 32 | row};
+        },
+        [](const wide_item& item) { return static_cast<unsigned __int128>(item.high) << 64 | item.low; });
 }
 
 TEST(RadixSelect, FindsWhatASortWouldPutThere) {
