@@ -4,6 +4,7 @@
 
 #include "algebra/sort_word.h"
 #include "algebra/status.h"
+#include "primitives/within_cutoff.h"
 #include "storage/Column.h"
 #include "system/QuillonException.h"
 
@@ -14,7 +15,7 @@ namespace {
 // Dictionaries of more bytes or entries are remembered by hash.
 constexpr uint64_t directTokens = 1u << 20;
 // Rows that are tested together before any is looked at by itself.
-constexpr unsigned blockRows = 64;
+constexpr unsigned blockRows = 128;
 
 template <class T>
 uint64_t Word(T x, bool descending) {
@@ -22,14 +23,7 @@ uint64_t Word(T x, bool descending) {
     return descending ? ~word : word;
 }
 
-// Whether any of the values may be within the cut-off. Errs on the safe side.
-template <bool Descending>
-bool AnyWithin(const double* values, unsigned count, double cutoff) {
-    bool within = false;
-    for (unsigned i = 0; i < count; ++i) within |= Descending ? !(values[i] < cutoff) : !(values[i] > cutoff);
-    return within;
-}
-
+// Whether any of the values may be within the cut-off.
 template <class T>
 bool AnyWithin(const T* values, unsigned count, uint64_t word, bool descending) {
     bool within = false;
@@ -59,8 +53,8 @@ unsigned FilterValues(const T* values, unsigned count, const unsigned* sel, uint
         if constexpr (std::is_same_v<T, double>) {
             // A cut-off that is no number compares with nothing, so every block passes.
             const double cutoff = ValueOfWord(descending ? ~word : word);
-            within = descending ? AnyWithin<true>(values + first, rows, cutoff)
-                                : AnyWithin<false>(values + first, rows, cutoff);
+            within =
+                descending ? any_not_below(values + first, rows, cutoff) : any_not_above(values + first, rows, cutoff);
         } else {
             within = AnyWithin(values + first, rows, word, descending);
         }

@@ -50,7 +50,10 @@ public:
             poll();
             for (uint64_t k = 0; k < piece.count; ++k) ++ends[piece.Groups()[k] + uint64_t{1}];
         }
-        for (uint64_t group = 0; group < groups; ++group) ends[group + 1] += ends[group];
+        for (uint64_t group = 0; group < groups; ++group) {
+            if (group % polledValues == 0) poll();
+            ends[group + 1] += ends[group];
+        }
         ZeroedMemory memory(m_count * sizeof(T), true);
         T* sorted = static_cast<T*>(memory.data());
         for (Piece& piece : m_pieces) {

@@ -152,7 +152,10 @@ void SortKeys::FillChunk(unsigned chunk, const unsigned* rows, uint64_t count, u
 void SortKeys::FillWide(uint64_t count, wide_item* items) {
     constexpr unsigned wideBits = wideChunks * chunkBits;
     Load(wideBits);
-    for (uint64_t i = 0; i < count; ++i) items[i] = {0, i};
+    for (uint64_t block = 0; block < count; block += blockRows) {
+        OperatorProgressCallback::Check(m_progress);
+        for (uint64_t i = block, last = std::min(count, block + blockRows); i < last; ++i) items[i] = {0, i};
+    }
     for (const Key& key : m_keys) {
         if (key.first >= wideBits) continue;
         const uint64_t end = key.first + key.bits;

@@ -125,7 +125,11 @@ void TableSorter::SortWide(SortKeys& keys) {
     dense_vector<wide_item> scratch(rows);
     radix_sort(rows, items.data(), scratch.data(), m_progress.get());
     dense_vector<wide_item>().swap(scratch);
-    for (uint64_t i = 0; i < rows; ++i) m_permutation[i] = static_cast<unsigned>(items[i].low);
+    for (uint64_t block = 0; block < rows; block += blockRows) {
+        CheckCancelled();
+        const uint64_t last = std::min<uint64_t>(rows, block + blockRows);
+        for (uint64_t i = block; i < last; ++i) m_permutation[i] = static_cast<unsigned>(items[i].low);
+    }
     if (complete) return;
     const auto key = [&items](uint64_t place) { return std::pair(items[place].high, items[place].low >> 32); };
     m_items.resize(rows);
