@@ -1,5 +1,8 @@
 #pragma once
 
+#include <algorithm>
+#include <concepts>
+
 #include "primitives/capacity.h"
 #include "primitives/kernel_table.h"
 #include "primitives/registration.h"
@@ -75,11 +78,21 @@ struct map_kernel {
     static constexpr bool keeps_whole = !detail::makes_nulls<Op, R, typename Views::atom...>();
     static constexpr bool own_nulls = detail::rule_of<Op>() == null_rule::own;
 
+    template <class... X>
+    [[gnu::always_inline]] static bool any_null(X... x) {
+        return (is_null(x) || ...);
+    }
+    /// The null of a signed integer is the least one: one comparison for two of them.
+    template <std::signed_integral X>
+    [[gnu::always_inline]] static bool any_null(X a, X b) {
+        return is_null(std::min(a, b));
+    }
+
     template <bool Nulls, class... X>
     [[gnu::always_inline]] static R row(X... x) {
         const R result = Op::template apply<R>(x...);
         if constexpr (Nulls && !own_nulls) {
-            return (!is_null(x) && ... && true) ? result : datatraits<R>::null;
+            return any_null(x...) ? datatraits<R>::null : result;
         } else {
             return result;
         }

@@ -16,7 +16,10 @@ using Kind = DatabaseCheck::Kind;
 
 class CheckTest : public StorageTest {
 protected:
-    CheckTest() {
+    // What other tests and servers leave behind is none of these databases'.
+    CheckTest() : m_temporary(OS::gettempdir()) {
+        OS::mkdir(In(L"own"), false);
+        OS::tempdir(In(L"own"));
         SimpleDatabase database(In(L"db"));
         database.CreateDatabase();
         for (const std::wstring schema : {L"s", L"empty"}) database.CreateSchema(schema);
@@ -29,6 +32,8 @@ protected:
             database.ReplaceColumn(L"text", table, L"s", *MakeTexts({"a", "b", "a"}));
         }
     }
+    ~CheckTest() override { OS::tempdir(m_temporary); }
+
     fs::path File(const std::string& name) const { return fs::path(Path::utf8path(In(L"db"))) / name; }
     /// The only file of a table's column with this ending.
     fs::path ColumnFile(const std::string& table, const std::string& column, const std::string& extension) const {
@@ -62,6 +67,9 @@ protected:
         check.Verify();
         return Of(check, kind);
     }
+
+private:
+    const std::wstring m_temporary;
 };
 
 TEST_F(CheckTest, ASoundDatabaseHasNoFinding) {
