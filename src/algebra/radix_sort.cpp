@@ -152,7 +152,9 @@ private:
             const uint64_t length = ends[b] - begin;
             if (length == 0) continue;
             OperatorProgressCallback::Check(m_progress);
-            Sort(length, scratch + begin, items + begin, digit.low, !crossing);
+            // Many items of one digit may agree in further bits.
+            const unsigned differing = length > cachedItems ? DifferingBits(length, scratch + begin) : digit.low;
+            Sort(length, scratch + begin, items + begin, differing, !crossing);
         }
     }
 
