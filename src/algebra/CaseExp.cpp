@@ -29,6 +29,11 @@ bool IsNullLiteral(const Exp& exp) {
     return constant && constant->IsNull();
 }
 
+// Whether the texts of a value are all known when the node is bound: those of a literal.
+bool HasFinalHeap(const Exp& value) {
+    return dynamic_cast<const ConstantExp*>(&value);
+}
+
 // Whether computing the node for a row that does not need it costs less than to leave the row out. What is computed
 // for too many rows must depend on nothing but their values, and must not read texts.
 bool IsCheap(const Exp& exp) {
@@ -83,7 +88,10 @@ void CaseExp::MakeBranches(const Namespace* input) {
     typed = MakeRef<ConstantExp>(common->null());
     for (RefCntPtr<Exp>& value : values) {
         if (value && IsNullLiteral(*value)) value.reset();
-        if (value && value->GetColumn()->GetType() != common) {
+        const auto* constant = dynamic_cast<const ConstantExp*>(value.get());
+        if (constant && constant->GetColumn()->GetType() != common) {
+            value = CastConstant(*constant, common->properties());
+        } else if (value && value->GetColumn()->GetType() != common) {
             value = MakeRef<CastExp>(value->GetName(), value, typed);
             value->AllocateColumn(input);
         }
@@ -107,6 +115,27 @@ RefCntPtr<Column> CaseExp::FindSharedDictionary() const {
         shared = column;
     }
     return shared;
+}
+
+// Puts the texts of the literals into the dictionary, and makes of each a cell of this column.
+void CaseExp::AppendHeap(usrprops properties, const RefCntPtr<DataStream>& dictionary) {
+    properties.set(usrpropkey::storagetype, Column::storageVal);
+    for (Branch& branch : m_branches) {
+        if (!branch.value || !HasFinalHeap(*branch.value)) continue;
+        const auto cell = MakeRef<Column>(properties, MakeRef<TempFileDataStream>(), dictionary);
+        cell->Append(1, dynamic_cast<const ConstantExp&>(*branch.value).GetValue(), false);
+        cell->Seek(0, 1);
+        branch.value = MakeRef<ConstantExp>(cell);
+    }
+}
+
+// The width of the tokens of the dictionary, once everything that can come into it is there.
+unsigned CaseExp::MeasureTokens(const usrprops& properties, const RefCntPtr<DataStream>& dictionary) const {
+    const bool whole = std::all_of(m_branches.begin(), m_branches.end(), [](const Branch& branch) {
+        return !branch.value || HasFinalHeap(*branch.value);
+    });
+    const Column column(properties, MakeRef<TempFileDataStream>(), dictionary);
+    return whole ? column.GetMinimalTokenSize() : column.GetTokenSize();
 }
 
 void CaseExp::MakeColumn(const Namespace* input) {
@@ -138,6 +167,9 @@ void CaseExp::MakeColumn(const Namespace* input) {
         } else {
             properties.set(usrpropkey::distinct, true);
             dictionary = MakeRef<TempFileDataStream>();
+            AppendHeap(properties, dictionary);
+            properties.set(usrpropkey::storagewidth, MeasureTokens(properties, dictionary));
+            AppendHeap(properties, dictionary);
         }
     }
     m_column = MakeRef<Column>(std::move(properties), MakeRef<TempFileDataStream>(), dictionary);

@@ -8,6 +8,7 @@
 
 namespace qve {
 
+class DataStream;
 class TokenTranslator;
 
 /// Conditional: for each row the value of the first condition that is true, else the last argument, else null. Each
@@ -40,6 +41,8 @@ private:
     void MakeBranches(const Namespace* input);
     /// The dictionary that all values share; null when there are several, or none.
     RefCntPtr<Column> FindSharedDictionary() const;
+    void AppendHeap(usrprops properties, const RefCntPtr<DataStream>& dictionary);
+    unsigned MeasureTokens(const usrprops& properties, const RefCntPtr<DataStream>& dictionary) const;
     input_column EvaluateCondition(size_t condition, unsigned count, unsigned extent, const unsigned* sel,
                                    const Namespace* input);
     /// False when the tokens of the branch are of another dictionary than this page's.

@@ -12,6 +12,8 @@ class ConstantExp : public Exp {
 public:
     explicit ConstantExp(const usratom& atom);
     ConstantExp(const std::wstring& name, const usratom& atom);
+    /// The value that a column of storage "val" holds.
+    explicit ConstantExp(RefCntPtr<Column> value);
     ~ConstantExp() override;
 
     void Accept(ExpVisitor& visitor) override;
@@ -27,10 +29,6 @@ public:
 
     /// The properties of a column that can hold the atom.
     static usrprops AtomProperties(const usratom& atom);
-
-protected:
-    /// Over a column of storage "val" that holds the value.
-    explicit ConstantExp(RefCntPtr<Column> value);
 };
 
 }  // namespace qve
