@@ -134,24 +134,36 @@ struct aggregate_kernel {
         return seen;
     }
 
-    template <bool Nulls>
-    static void fold_few(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel, unsigned highest) {
-        R parts[copies][few_groups];
-        for (auto& copy : parts)
-            std::fill_n(copy, std::max(highest + 1, most_added_groups), Op::template identity<R>());
-        // Whether a group has a value matters only where its accumulator is null; without nulls a row is a value.
-        uint64_t seen = ~uint64_t{0};
-        if constexpr (Op::starts_null) {
-            seen = Nulls ? 0 : (nulls_of(out, highest) == 0 ? seen : groups_of(n, groups, sel));
-        }
+    using few_parts = R[copies][few_groups];
+
+    /// The rows from `k` on into the copies. Returns the groups of values, where they are asked for.
+    template <bool Nulls, bool Seen>
+    static uint64_t fold_copies(unsigned k, unsigned n, few_parts& parts, View a, unsigned const* groups,
+                                unsigned const* sel) {
+        uint64_t seen = 0;
         const auto fold = [&](unsigned copy, unsigned k) [[gnu::always_inline]] {
             const unsigned i = sel ? sel[k] : k;
             const unsigned group = groups[i];
             const A x = a[i];
             R& part = parts[copy][group];
             part = Op::merge(part, lifted<Nulls>(x));
-            if constexpr (Nulls && Op::starts_null) seen |= uint64_t{!is_null(x)} << group;
+            if constexpr (Seen) seen |= uint64_t{!is_null(x)} << group;
         };
+        for (; k + copies <= n; k += copies) {
+            for (unsigned copy = 0; copy < copies; ++copy) fold(copy, k + copy);
+        }
+        for (; k < n; ++k) fold(0, k);
+        return seen;
+    }
+
+    template <bool Nulls>
+    static void fold_few(unsigned n, R* out, View a, unsigned const* groups, unsigned const* sel, unsigned highest) {
+        few_parts parts;
+        for (auto& copy : parts)
+            std::fill_n(copy, std::max(highest + 1, most_added_groups), Op::template identity<R>());
+        // Whether a group has a value matters only where its accumulator is null; without nulls a row is a value.
+        const bool asks = Op::starts_null && nulls_of(out, highest) != 0;
+        uint64_t seen = 0;
         unsigned k = 0;
         if constexpr (adds_doubles) {
             if (!sel && highest < most_added_groups) {
@@ -159,10 +171,12 @@ struct aggregate_kernel {
                           : add_by_group(n, parts[0], few_groups, a.data, groups, highest + 1);
             }
         }
-        for (; k + copies <= n; k += copies) {
-            for (unsigned copy = 0; copy < copies; ++copy) fold(copy, k + copy);
+        if (Op::starts_null && Nulls && asks) {
+            seen |= fold_copies < Nulls, Op::starts_null && Nulls > (k, n, parts, a, groups, sel);
+        } else {
+            fold_copies<Nulls, false>(k, n, parts, a, groups, sel);
+            seen = asks ? groups_of(n, groups, sel) : ~uint64_t{0};
         }
-        for (; k < n; ++k) fold(0, k);
         for (unsigned g = 0; g <= highest; ++g) {
             for (unsigned half = copies / 2; half; half /= 2) {
                 for (unsigned c = 0; c < half; ++c) parts[c][g] = Op::merge(parts[c][g], parts[c + half][g]);
