@@ -52,6 +52,12 @@ ImportCommand ImportCommand::Parse(std::vector<std::string> arguments) {
     Value header("", "header", "Whether the first record holds the names of the columns", false, "", &answers, line);
     Value delimiter("", "delimiter", "What separates fields: one character, or \\t", false, "", "character", line);
     Value charset("", "charset", "The character set of the text, as in windows-1252", false, "", "name", line);
+    Value locale("", "locale",
+                 "Whose dates are expected, as in de_DE: how months are called, and which part of a date is "
+                 "first",
+                 false, "", "name", line);
+    Value dates("", "date-format", "How dates are written, as in \"d. MMMM y\" or \"dd/MM/yy HH:mm\"", false, "",
+                "pattern", line);
     const ServerArguments server(line);
     line.parse(arguments);
 
@@ -69,6 +75,8 @@ ImportCommand ImportCommand::Parse(std::vector<std::string> arguments) {
     if (header.isSet()) property("header-row", header.getValue() == "yes" ? "true" : "false");
     if (delimiter.isSet()) property("field-delimiter", delimiter.getValue());
     if (charset.isSet()) property("character-set", charset.getValue());
+    if (locale.isSet()) property("locale", locale.getValue());
+    if (dates.isSet()) property("datetime-format", dates.getValue());
     command.m_server = server.Get();
     return command;
 }

@@ -5,6 +5,8 @@
 #include <deque>
 #include <string_view>
 
+#include "ingest/ICUDateParser.h"
+#include "ingest/ScalarParser.h"
 #include "ingest/TextProperties.h"
 #include "ingest/status.h"
 #include "storage/Column.h"
@@ -48,51 +50,6 @@ void TextColumnParser::Reset(unsigned rows) {
 }
 
 namespace {
-
-/// Values of an atom type.
-template <class T>
-class ScalarParser : public TextColumnParser {
-public:
-    ScalarParser(usrprops type, parse_config config, unsigned rank, parse_function<T> parse)
-        : TextColumnParser(std::move(type), std::move(config), rank), m_parse(parse) {}
-
-    RefCntPtr<TextColumnParser> Clone() const override {
-        return MakeRef<ScalarParser>(m_type, m_config, m_rank, m_parse);
-    }
-
-    void Parse(unsigned count, unsigned first, uint64_t row, const TextFields& fields) override {
-        T* const out = static_cast<T*>(m_column->GetOutput(0).data) + first;
-        const char* const text = fields.text;
-        const auto space = static_cast<unsigned char>(m_config.space);
-        const auto blank = [space](char c) { return static_cast<unsigned char>(c) <= space; };
-        unsigned empty = 0;
-        const uint64_t errors = m_errors;
-        for (unsigned i = 0; i < count; ++i) {
-            unsigned begin = fields.begins[i * fields.stride] + 1;
-            unsigned end = fields.ends[i * fields.stride];
-            while (begin < end && blank(text[begin])) ++begin;
-            while (begin < end && blank(text[end - 1])) --end;
-            if (end - begin >= 2 && text[begin] == text[end - 1] && IsQuote(text[begin])) {
-                ++begin;
-                --end;
-            }
-            if (begin == end) {
-                out[i] = datatraits<T>::null;
-                ++empty;
-            } else if (m_parse(out[i], begin, end, text, m_config)) {
-                out[i] = datatraits<T>::null;
-                CountError(row + i);
-            }
-        }
-        m_nonEmpty += count - empty;
-        if (empty || m_errors != errors) m_column->SetFlags(m_column->GetFlags() & ~column_flags::not_null);
-    }
-
-private:
-    bool IsQuote(char c) const { return c != 0 && (c == m_config.double_quote || c == m_config.single_quote); }
-
-    const parse_function<T> m_parse;
-};
 
 /// Text, whose values go into the dictionary of the column.
 class VarCharParser : public TextColumnParser {
@@ -176,7 +133,11 @@ public:
     void Add(unsigned rank, parse_function<T> parse, const parse_config* config = nullptr) {
         const usrtype* type = builtin::usrtypeof<T>();
         if (!Wants(*type)) return;
-        m_parsers.push_back(MakeRef<ScalarParser<T>>(type->properties(), config ? *config : m_config, rank, parse));
+        m_parsers.push_back(
+            MakeRef<ScalarParser<T, parse_function<T>>>(type->properties(), config ? *config : m_config, rank, parse));
+    }
+    void Add(RefCntPtr<TextColumnParser> parser) {
+        if (Wants(*usrtype::resolve(parser->GetType()))) m_parsers.push_back(std::move(parser));
     }
     /// The same for a type that is only used when it is asked for.
     template <class T>
@@ -233,7 +194,14 @@ TextColumnParsers GetTypeParsers(const parse_config& config, const usrprops& tex
     if (textProperties.has(usrpropkey::date_order)) {
         AddDateOrder(candidates, config, date_order(config));
     } else {
-        for (const wchar_t* order : {L"mdy", L"dmy", L"ymd"}) AddDateOrder(candidates, config, order);
+        const std::string locale = GetDateLocale(textProperties);
+        for (RefCntPtr<TextColumnParser>& parser : GetDefaultDateFormatsByLocale(config, locale)) {
+            candidates.Add(std::move(parser));
+        }
+        for (const std::wstring& order : GetDateOrders(locale)) AddDateOrder(candidates, config, order);
+    }
+    if (const std::wstring* pattern = textProperties.get(usrpropkey::datetime_format)) {
+        candidates.Add(GetDateFormatParser(config, GetDateLocale(textProperties), *pattern));
     }
     usrprops text = TextType(given.has(usrpropkey::collation) ? given : textProperties);
     const usrprops wanted = candidates.GetWanted();

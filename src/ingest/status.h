@@ -17,5 +17,11 @@ inline constexpr int TranscodingDataStream_Converter = 40567;
 inline constexpr int TextDataStream_ReadOnly = 40568;
 inline constexpr int DecompressingDataStream_Truncated = 40569;
 inline constexpr int DecompressingDataStream_Corrupt = 40572;
+inline constexpr int ICUDateParser_Allocate = 40573;
+inline constexpr int ICUDateParser_CreateYear = 40574;
+inline constexpr int ICUDateParser_SetYear = 40575;
+inline constexpr int ICUDateParser_Reset = 40576;
+inline constexpr int RepeatingTextDataStream_Header = 40577;
+inline constexpr int RepeatingTextDataStream_Body = 40578;
 
 }  // namespace qve::status

@@ -14,11 +14,20 @@ constexpr long long ticks_to_unix_epoch = 2440587 * ticks_per_day;
 
 std::unique_ptr<QuilICU::DateFormat> prepare(const char* locale, std::u16string_view pattern) {
     auto format = QuilICU::DateFormat::Open(locale, pattern);
-    if (format && !format->SetTwoDigitYearStart(two_digit_year_start)) return nullptr;
+    const auto start = QuilICU::DateFormat::StartOfYear(two_digit_year_start);
+    if (format && (!start || !format->SetTwoDigitYearStart(*start))) return nullptr;
     return format;
 }
 
 }  // namespace
+
+std::optional<datetime> datetime_at(double milliseconds) {
+    if (!(std::fabs(milliseconds) < 1e17)) return std::nullopt;
+    const long long ticks = std::llround(milliseconds) * (ticks_per_second / 1000);
+    const datetime moment = moved(datetime{0}, duration{ticks_to_unix_epoch + ticks});
+    if (is_null(moment)) return std::nullopt;
+    return moment;
+}
 
 datetime_parser& datetime_parser::local() {
     thread_local datetime_parser own;
@@ -38,11 +47,7 @@ std::optional<datetime> datetime_parser::operator()(std::u16string_view text, st
     }
     QuilICU::DateFormat* format = m_prepared.back().format.get();
     const auto milliseconds = format ? format->Parse(text) : std::nullopt;
-    if (!milliseconds || !(std::fabs(*milliseconds) < 1e17)) return std::nullopt;
-    const long long ticks = std::llround(*milliseconds) * (ticks_per_second / 1000);
-    const datetime moment = moved(datetime{0}, duration{ticks_to_unix_epoch + ticks});
-    if (is_null(moment)) return std::nullopt;
-    return moment;
+    return milliseconds ? datetime_at(*milliseconds) : std::nullopt;
 }
 
 }  // namespace qve

@@ -11,6 +11,9 @@
 
 namespace qve {
 
+/// The moment so many milliseconds after the beginning of 1970 in UTC; nothing outside the range of datetime.
+std::optional<datetime> datetime_at(double milliseconds);
+
 /// Reads moments by patterns such as "d. MMMM yyyy HH:mm" in the language of a locale. A pattern is made ready once,
 /// and kept as long as few others come between. One thread at a time.
 class datetime_parser {

@@ -5,6 +5,7 @@
 #include <unicode/uloc.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace qve::QuilICU {
 namespace {
@@ -26,10 +27,26 @@ std::u16string filled(Fill fill) {
     return {};
 }
 
+// The name of a locale, or that of no locale in particular for a name whose parts are too long to be any: ICU does not
+// survive these everywhere.
+std::string checked(const char* locale) {
+    using Part = int32_t (*)(const char*, char*, int32_t, UErrorCode*);
+    constexpr std::pair<Part, int32_t> parts[] = {{uloc_canonicalize, ULOC_FULLNAME_CAPACITY},
+                                                  {uloc_getLanguage, ULOC_LANG_CAPACITY},
+                                                  {uloc_getScript, ULOC_SCRIPT_CAPACITY},
+                                                  {uloc_getCountry, ULOC_COUNTRY_CAPACITY}};
+    char text[ULOC_FULLNAME_CAPACITY];
+    for (const auto& [part, capacity] : parts) {
+        UErrorCode error = U_ZERO_ERROR;
+        if (part(locale, text, capacity, &error) >= capacity || U_FAILURE(error)) return {};
+    }
+    return locale;
+}
+
 UDateFormat* open(UDateFormatStyle time, UDateFormatStyle date, const char* locale, std::u16string_view pattern) {
     UErrorCode error = U_ZERO_ERROR;
-    UDateFormat* format =
-        udat_open(time, date, locale, utc, -1, pattern.data(), static_cast<int32_t>(pattern.size()), &error);
+    UDateFormat* format = udat_open(time, date, locale ? checked(locale).c_str() : nullptr, utc, -1, pattern.data(),
+                                    static_cast<int32_t>(pattern.size()), &error);
     return U_SUCCESS(error) ? format : nullptr;
 }
 
@@ -99,14 +116,20 @@ std::unique_ptr<DateFormat> DateFormat::Clone() const {
     return std::unique_ptr<DateFormat>(new DateFormat(copy));
 }
 
-bool DateFormat::SetTwoDigitYearStart(int year) {
+std::optional<double> DateFormat::StartOfYear(int year) {
     UErrorCode error = U_ZERO_ERROR;
     UCalendar* calendar = ucal_open(utc, -1, "en_US", UCAL_GREGORIAN, &error);
-    if (U_FAILURE(error)) return false;
+    if (U_FAILURE(error)) return std::nullopt;
     ucal_clear(calendar);
     ucal_setDateTime(calendar, year, UCAL_JANUARY, 1, 0, 0, 0, &error);
     const UDate start = ucal_getMillis(calendar, &error);
     ucal_close(calendar);
+    if (U_FAILURE(error)) return std::nullopt;
+    return start;
+}
+
+bool DateFormat::SetTwoDigitYearStart(double start) {
+    UErrorCode error = U_ZERO_ERROR;
     udat_set2DigitYearStart(static_cast<UDateFormat*>(m_format), start, &error);
     return U_SUCCESS(error);
 }

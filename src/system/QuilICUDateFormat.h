@@ -27,8 +27,10 @@ public:
 
     /// Null when ICU fails.
     std::unique_ptr<DateFormat> Clone() const;
-    /// Years of two digits lie in the hundred years from `year` on. False when ICU fails.
-    bool SetTwoDigitYearStart(int year);
+    /// The moment at which a year begins. Nothing when ICU fails.
+    static std::optional<double> StartOfYear(int year);
+    /// Years of two digits lie in the hundred years from this moment on. False when ICU fails.
+    bool SetTwoDigitYearStart(double start);
     /// The moment that the whole of `text` says; nothing when it says none.
     std::optional<double> Parse(std::u16string_view text);
     std::u16string Format(double milliseconds) const;

@@ -9,6 +9,7 @@
 #include <random>
 #include <sstream>
 
+#include "ingest/RepeatingTextDataStream.h"
 #include "storage/Column.h"
 #include "storage/stream/DataStream.h"
 #include "system/QuillonException.h"
@@ -101,6 +102,70 @@ TEST_F(TextScanTest, CountsFieldsThatAreNoValues) {
     EXPECT_EQ(properties.text(usrpropkey::count_errors), L"2");
     EXPECT_EQ(properties.text(usrpropkey::first_error), L"70000");
     EXPECT_EQ(properties.text(usrpropkey::last_error), L"70002");
+}
+
+TEST_F(TextScanTest, ReadsDatesAsPeopleOfALocaleWriteThem) {
+    const std::string american =
+        "a;b;c\n\"Jan 5, 2020\";Saturday, May 2, 2020;March 1, 2020 23:59:01\nFeb 29, 2020;Sunday, May 3, 2020;"
+        "December 31, 1999 00:00:00\n";
+    const auto scan = Open(american);
+    EXPECT_EQ(Schema(*scan), "a:date b:date c:datetime");
+    EXPECT_EQ(Rows(*scan), "2020-01-05 2020-05-02 2020-03-01 23:59:01\n2020-02-29 2020-05-03 1999-12-31 00:00:00\n");
+
+    usrprops properties;
+    properties.set(usrpropkey::field_delimiter, L";");
+    const auto rows = [&](const wchar_t* locale, const std::string& text) {
+        properties.set(usrpropkey::locale, locale);
+        return Rows(*Open(text, {}, properties));
+    };
+    const std::string german = "wann;kurz\n5. Januar 2020;05.01.20\n31. M\xC3\xA4rz 1999;11.12.99\n";
+    EXPECT_EQ(rows(L"de_DE", german), "2020-01-05 2020-01-05\n1999-03-31 1999-12-11\n");
+    EXPECT_EQ(rows(L"en_US", german), "'5. Januar 2020' 2020-05-01\n'31. M\xC3\xA4rz 1999' 1999-11-12\n");
+    EXPECT_EQ(rows(L"fr_FR", "x\n1 ao\xC3\xBBt 1582\n15 octobre 1582\n"), "1582-08-01\n1582-10-15\n");
+    EXPECT_EQ(rows(L"ja_JP",
+                   "x\n2020\xE5\xB9\xB4"
+                   "1\xE6\x9C\x88"
+                   "5\xE6\x97\xA5\n"),
+              "2020-01-05\n");
+    EXPECT_EQ(rows(L"no such place", "x\n2020-01-05\n"), "2020-01-05\n");
+    EXPECT_EQ(rows(L"en_US", "x\nFeb 30, 2020\nFeb 28, 2020\n"), "'Feb 30, 2020'\n'Feb 28, 2020'\n") << "no such day";
+
+    properties.set(usrpropkey::datetime_format, L"yyyy|dd|MM HH'h'mm");
+    EXPECT_EQ(rows(L"en_US", "x\n2020|31|12 07h05\n"), "2020-12-31 07:05:00\n");
+    properties.set(usrpropkey::datetime_format, L"dd/MMM/yy");
+    properties.set(usrpropkey::yy, L"50");
+    EXPECT_EQ(rows(L"en_US", "x\n01/Feb/50\n01/Feb/51\n"), "2050-02-01\n1951-02-01\n");
+    properties.set(usrpropkey::datetime_format, L"'");
+    EXPECT_EQ(rows(L"en_US", "x\n01/Feb/50\n"), "2050-02-01\n") << "a pattern that fits nothing";
+
+    // A column that is a date but for some of its fields.
+    std::vector<usrprops> columns(1);
+    columns[0].set(usrpropkey::type, L"date");
+    properties.erase(usrpropkey::datetime_format);
+    const auto mixed = Open("x\nJan 5, 2020\nsoon\n5 apples\nJan 6, 2020\n", columns, properties);
+    EXPECT_EQ(Rows(*mixed), "2020-01-05\nNULL\nNULL\n2020-01-06\n");
+    EXPECT_EQ(mixed->GetColumn(L"x")->GetProperties().text(usrpropkey::count_errors), L"2");
+}
+
+TEST_F(TextScanTest, ReadsTextOfAnyLength) {
+    const std::string body = "1,one\n2,\"t,wo\"\n3,\n";
+    constexpr uint64_t repetitions = 300'000;
+    const auto stream = MakeRef<RepeatingTextDataStream>("id,name\n", body, repetitions);
+    TextScan scan(stream, {}, {});
+    EXPECT_EQ(Schema(scan), "id:bigint name:text");
+    uint64_t rows = 0;
+    uint64_t ids = 0;
+    const auto column = scan.GetColumn(L"id");
+    while (const unsigned extent = scan.Next(4096)) {
+        const auto* values = column->GetInput(0).values<long long>();
+        for (unsigned row = 0; row < extent; ++row) ids += static_cast<uint64_t>(values[row]);
+        rows += extent;
+    }
+    EXPECT_EQ(rows, 3 * repetitions);
+    EXPECT_EQ(ids, 6 * repetitions);
+    EXPECT_EQ(scan.GetTextCursor(), stream->GetSize());
+    EXPECT_THROW(RepeatingTextDataStream(std::string(1 << 19, 'x'), body, 1), QVE_InvalidArgument);
+    EXPECT_THROW(RepeatingTextDataStream("id\n", "", 1), QVE_InvalidArgument);
 }
 
 TEST_F(TextScanTest, TellsEmptyTextFromNull) {
