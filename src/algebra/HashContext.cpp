@@ -57,6 +57,16 @@ const unsigned* HashContext::SelectHits(unsigned count, const unsigned* groups, 
     return m_candidates.data();
 }
 
+// Lists the rows without a group again, in order.
+void HashContext::ListMisses(unsigned count, const unsigned* groups, const unsigned* sel) {
+    unsigned misses = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned row = sel ? sel[i] : i;
+        m_missing[misses] = row;
+        misses += groups[row] == Grouping::noGroup;
+    }
+}
+
 // Compares the keys of rows with those of the groups they are thought to be of, and lists the rows that differ.
 unsigned HashContext::Check(unsigned size, unsigned extent, unsigned count, const unsigned* rows, unsigned* groups,
                             unsigned available) {

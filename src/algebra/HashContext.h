@@ -46,7 +46,7 @@ public:
                 missing += different - found;
                 different = found == 0 ? 0 : Check(size, extent, found, m_candidates.data(), groups, hashes.count);
             }
-            if (missing > first) std::sort(m_missing.begin(), m_missing.begin() + missing);
+            if (missing > first) ListMisses(count, groups, sel);
         }
         std::copy_n(m_missing.begin(), missing, misses);
         return missing;
@@ -56,6 +56,7 @@ private:
     struct KeyCheck;
 
     const unsigned* SelectHits(unsigned count, const unsigned* groups, const unsigned* sel);
+    void ListMisses(unsigned count, const unsigned* groups, const unsigned* sel);
     unsigned Check(unsigned size, unsigned extent, unsigned count, const unsigned* rows, unsigned* groups,
                    unsigned available);
 

@@ -74,6 +74,16 @@ void HashGrouping::InsertHash(unsigned hash, unsigned group) {
     }
 }
 
+void HashGrouping::InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) {
+    constexpr unsigned ahead = 8;
+    const unsigned* const hash = hashes.values<unsigned>();
+    if (hashes.flags & column_flags::constant) return Grouping::InsertInner(count, rows, hashes, base);
+    for (unsigned i = 0; i < count; ++i) {
+        if (i + ahead < count) m_table->prefetch_first(hash[rows[i + ahead]]);
+        InsertHash(hash[rows[i]], base + rows[i]);
+    }
+}
+
 void HashGrouping::AdoptGroups(Column& keys, unsigned count) {
     const unary_func hash = ResolveHashKernel(keys);
     std::vector<unsigned> hashes(adoptedRows);

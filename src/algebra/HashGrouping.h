@@ -31,6 +31,7 @@ public:
     unsigned Probe(unsigned count, unsigned* misses, output_column groups, input_column hashes, const unsigned* sel,
                    Context* context) override;
     void InsertHash(unsigned hash, unsigned group) override;
+    void InsertInner(unsigned count, const unsigned* rows, input_column hashes, unsigned base) override;
     void SetPoll(std::function<void()> poll) override;
     GroupingIdType NameId() const override;
 

@@ -22,7 +22,7 @@ public:
 
     /// Room for the values 0 to `expected` - 1.
     explicit cas_hash(size_t expected)
-        : m_bits(static_cast<unsigned>(std::bit_width(expected))), m_nodes(expected), m_buckets(size_t{1} << m_bits) {}
+        : m_bits(static_cast<unsigned>(std::bit_width(expected))), m_nodes(expected), m_buckets(size_t{1} << m_bits, 0) {}
 
     /// Adds a value to a key. Any thread.
     void insert(K key, V value) {
@@ -115,8 +115,8 @@ private:
     }
 
     unsigned m_bits;
-    budgeted_vector<node> m_nodes;
-    budgeted_vector<uint64_t> m_buckets;
+    dense_vector<node> m_nodes;
+    dense_vector<uint64_t> m_buckets;
 };
 
 }  // namespace qve

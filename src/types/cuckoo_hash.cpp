@@ -12,6 +12,8 @@ namespace {
 // How far ahead of its use a place is asked for, in keys; only tables beyond the second-level cache gain by it.
 constexpr unsigned prefetch_distance = 8;
 constexpr size_t prefetch_from_bytes = size_t{1} << 19;
+// From this size on the places are read in turn: what counts are the places read.
+constexpr size_t in_turn_from_bytes = size_t{1} << 25;
 
 unsigned bits_for(size_t expected) {
     unsigned nbits = 1;
@@ -50,6 +52,47 @@ V cuckoo_hash<K, V>::lookup1(K key) const {
 }
 
 template <class K, class V>
+template <class RowAt>
+unsigned cuckoo_hash<K, V>::lookup_in_turn(unsigned count, unsigned* misses, V* values, const K* keys,
+                                           RowAt row_at) const {
+    constexpr unsigned block = 1024;
+    unsigned pending[block];
+    unsigned missed = 0;
+    for (unsigned base = 0; base < count; base += block) {
+        const unsigned rows = std::min(block, count - base);
+        // Looks at one place of each row that `at` lists, and keeps the rows whose search goes on.
+        const auto look = [&](unsigned searched, auto at, auto place) {
+            const unsigned ahead = std::min(searched, prefetch_distance);
+            for (unsigned i = 0; i < ahead; ++i) __builtin_prefetch(&m_slots[place(keys[at(i)])]);
+            unsigned still = 0;
+            for (unsigned i = 0; i < searched; ++i) {
+                if (i + prefetch_distance < searched) {
+                    __builtin_prefetch(&m_slots[place(keys[at(i + prefetch_distance)])]);
+                }
+                const unsigned row = at(i);
+                const slot& entry = m_slots[place(keys[row])];
+                const bool found = entry.first == keys[row];
+                values[row] = found ? entry.second : absent;
+                pending[still] = row;
+                still += !found & (entry.second != absent);
+            }
+            return still;
+        };
+        const auto listed = [&pending](unsigned i) { return pending[i]; };
+        unsigned still = look(
+            rows, [&](unsigned i) { return row_at(base + i); }, [this](K key) { return first(key); });
+        still = look(still, listed, [this](K key) { return second(key); });
+        look(still, listed, [this](K key) { return third(key); });
+        for (unsigned i = 0; i < rows; ++i) {
+            const unsigned row = row_at(base + i);
+            misses[missed] = row;
+            missed += values[row] == absent;
+        }
+    }
+    return missed;
+}
+
+template <class K, class V>
 unsigned cuckoo_hash<K, V>::lookup(unsigned count, unsigned* misses, V* values, const K* keys,
                                    const unsigned* selection) const {
     unsigned missed = 0;
@@ -64,7 +107,9 @@ unsigned cuckoo_hash<K, V>::lookup(unsigned count, unsigned* misses, V* values, 
         }
     };
     const auto with_rows = [&](auto row_at) {
-        if (m_slots.size() * sizeof(slot) >= prefetch_from_bytes) {
+        if (m_slots.size() * sizeof(slot) >= in_turn_from_bytes) {
+            missed = lookup_in_turn(count, misses, values, keys, row_at);
+        } else if (m_slots.size() * sizeof(slot) >= prefetch_from_bytes) {
             for (unsigned i = 0; i < std::min(count, prefetch_distance); ++i) prefetch(keys[row_at(i)]);
             pass(row_at, [&](unsigned i) {
                 if (i + prefetch_distance < count) prefetch(keys[row_at(i + prefetch_distance)]);
@@ -116,17 +161,29 @@ unsigned cuckoo_hash<K, V>::collision_lookup(unsigned count, unsigned* found, un
 template <class K, class V>
 void cuckoo_hash<K, V>::insert(K key, V value) {
     if (value == absent) return;
-    const V present = lookup1(key);
-    if (present != absent) {
-        if (present == value) return;
-        const auto [from, to] = m_collisions.equal_range(key);
-        if (std::none_of(from, to, [value](const auto& pair) { return pair.second == value; })) {
-            m_collisions.emplace(key, value);
+    if (m_count * 10 > m_slots.size() * 9 && lookup1(key) == absent) rehash();
+    for (const size_t place : {first(key), second(key), third(key)}) {
+        slot& entry = m_slots[place];
+        if (entry.second == absent) {
+            entry = slot(key, value);
+            ++m_count;
+            return;
         }
-        return;
+        if (entry.first == key) return insert_further(key, entry.second, value);
     }
-    if (m_count * 10 > m_slots.size() * 9) rehash();
+    const V present = m_stash.empty() ? absent : stash_lookup(key);
+    if (present != absent) return insert_further(key, present, value);
     if (insert_worker(key, value) && m_stash.size() > m_nbits + 1) rehash();
+}
+
+// Another value of a key that has the value `present`.
+template <class K, class V>
+void cuckoo_hash<K, V>::insert_further(K key, V present, V value) {
+    if (present == value) return;
+    const auto [from, to] = m_collisions.equal_range(key);
+    if (std::none_of(from, to, [value](const auto& pair) { return pair.second == value; })) {
+        m_collisions.emplace(key, value);
+    }
 }
 
 // True when the entry, or one that it pushed out, ended in the stash.
@@ -159,7 +216,7 @@ void cuckoo_hash<K, V>::rehash() {
                 " collisions=" + std::to_string(m_collisions.size()) + ")");
     }
     constexpr size_t polled_slots = size_t{1} << 16;
-    budgeted_vector<slot> larger(size_t{3} << (m_nbits + 1), slot(0, absent));
+    dense_vector<slot> larger(size_t{3} << (m_nbits + 1), slot(0, absent));
     ++m_nbits;
     m_count = 0;
     m_slots.swap(larger);

@@ -10,9 +10,11 @@
 
 namespace qve {
 
-/// A hash table from K to V with three places for each key, made for looking up whole vectors: a lookup has no
-/// data-dependent branch. K is unsigned, V unsigned or unsigned long long; the value all ones means "absent" and
-/// is never stored. A key with several values keeps the first in its place and the others in `collisions`.
+/// A hash table from K to V with three places for each key, made for looking up whole vectors. In a table that fits a
+/// cache, a lookup reads all three and has no data-dependent branch; in one beyond the caches it reads the next place
+/// only when the one before does not tell: a key lies in its first place that was free, and a place never gets free
+/// again, so a free place ends the search. K is unsigned, V unsigned or unsigned long long; the value all ones means
+/// "absent" and is never stored. A key with several values keeps the first in its place and the others in `collisions`.
 /// Single-threaded while it is written; finding is safe during other finding.
 template <class K, class V>
 class cuckoo_hash {
@@ -64,6 +66,8 @@ public:
         __builtin_prefetch(&m_slots[second(key)]);
         __builtin_prefetch(&m_slots[third(key)]);
     }
+    /// Brings the place that a key is looked for first into the cache.
+    void prefetch_first(K key) const { __builtin_prefetch(&m_slots[first(key)]); }
 
     bool HasCollisions() const { return !m_collisions.empty(); }
     /// Keys stored; further values of a key are counted by collisions().
@@ -95,12 +99,15 @@ private:
         return static_cast<V>((va | vb | vc) - 1);
     }
     V stash_lookup(K key) const;
+    template <class RowAt>
+    unsigned lookup_in_turn(unsigned count, unsigned* misses, V* values, const K* keys, RowAt row_at) const;
+    void insert_further(K key, V present, V value);
     bool insert_worker(K key, V value);
     void rehash();
 
     unsigned m_nbits = 1;
     size_t m_count = 0;
-    budgeted_vector<slot> m_slots;
+    dense_vector<slot> m_slots;
     std::vector<slot> m_stash;
     std::unordered_multimap<K, V> m_collisions;
     std::function<void()> m_poll;

@@ -73,6 +73,41 @@ TEST(CuckooHash, AgreesWithAMap) {
 }
 
 // Keys that share all three places beyond what the places hold: they end in the stash, and are found there.
+// A table beyond the caches is searched place by place; the values tell which keys are there.
+TEST(CuckooHash, LargeTablesAreSearchedInTurn) {
+    constexpr unsigned count = 6'000'000;
+    constexpr unsigned present = 4'000'003;  // so many that some are pushed out of their place
+    constexpr unsigned odd = 2654435761U;    // a product with it is another number for each number
+    small_hash table(present);
+    const size_t bytes = table.capacity() * sizeof(small_hash::slot);
+    ASSERT_GT(bytes, size_t{1} << 25) << "the size from which on this is so";
+    std::vector<unsigned> keys(count);
+    for (unsigned i = 0; i < count; ++i) keys[i] = i * odd;
+    for (unsigned i = 0; i < present; ++i) table.insert(keys[i], i);
+    for (unsigned i = 0; i < present; i += 1000) table.insert(keys[i], i);  // again, which changes nothing
+    EXPECT_EQ(table.size(), present);
+    EXPECT_FALSE(table.HasCollisions());
+
+    std::vector<unsigned> values(count, 7);
+    std::vector<unsigned> misses(count + 1);
+    ASSERT_EQ(table.lookup(count, misses.data(), values.data(), keys.data()), count - present);
+    for (unsigned i = 0; i < count; ++i) {
+        ASSERT_EQ(values[i], i < present ? i : small_hash::absent);
+        if (i >= present) {
+            ASSERT_EQ(misses[i - present], i);
+        }
+    }
+    // The selection may be the list that receives the misses.
+    unsigned selected = 0;
+    for (unsigned i = 0; i < count; i += 3) misses[selected++] = i;
+    const unsigned missed = table.lookup(selected, misses.data(), values.data(), keys.data(), misses.data());
+    for (unsigned k = 0; k < missed; ++k) {
+        ASSERT_GE(misses[k], present);
+        ASSERT_EQ(misses[k], (present + 2) / 3 * 3 + 3 * k);
+    }
+    EXPECT_EQ(missed, (count - 1) / 3 + 1 - (present + 2) / 3);
+}
+
 TEST(CuckooHash, StashIsSearched) {
     small_hash table(3);  // six places
     ASSERT_EQ(table.nbits(), 1U);
