@@ -30,6 +30,8 @@
 #include "server/qve_initialization.h"
 #include "server/start_telemetry.h"
 #include "server/startup_log.h"
+#include "server/status.h"
+#include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogEntry.h"
 #include "telemetry/SimpleLogger.h"
@@ -128,7 +130,7 @@ public:
 
     void Serve(const std::vector<std::wstring>& arguments) {
         m_telemetry = StartTelemetry(m_options, m_configuration);
-        if (const std::wstring* directory = m_configuration.get(usrpropkey::temp_dir)) OS::tempdir(*directory);
+        ApplyTempDirectory();
         if (m_configuration.is_true(usrpropkey::pid_temp_dir)) UsePidTempDirectory();
         // A folder of its own, so that the next server can tell what this one leaves should it be killed.
         const WorkFolder temporary(OS::gettempdir(), L"qve_temp_");
@@ -164,6 +166,16 @@ private:
         options.noDumpFile = m_configuration.is_true(usrpropkey::no_dump_file);
         options.suspendOnCrash = m_configuration.is_true(usrpropkey::suspend_on_crash);
         TerminateHandling::SetupFaultReporting(options);
+    }
+    void ApplyTempDirectory() const {
+        const std::wstring* directory = m_configuration.get(usrpropkey::temp_dir);
+        if (!directory || directory->empty()) return;
+        if (!Path::isdir(*directory)) {
+            throw QVE_InvalidArgument(status::Server_TempDirectory,
+                                      "the setting temp-dir names no folder: " + narrow(*directory) +
+                                          "; make the folder, or take the setting out of the configuration");
+        }
+        OS::tempdir(*directory);
     }
     void ApplyBlockLength() const {
         constexpr unsigned least = 1024;

@@ -4,6 +4,7 @@
 namespace qve::status {
 
 inline constexpr int Server_NonStandardException = 40135;
+inline constexpr int Server_TempDirectory = 40579;
 inline constexpr int Connection_InvalidSession = 40412;
 inline constexpr int Connection_Send_Short = 40413;
 inline constexpr int Connection_Send_Magic = 40414;
