@@ -36,7 +36,7 @@ std::string RandomQuery::RestrictedVql() const {
 
 RandomQuery RandomQueryMaker::Make(unsigned depth) {
     if (depth == 0) return MakeTable();
-    switch (Below(15)) {
+    switch (Below(16)) {
         case 0:
             return MakeTable();
         case 1:
@@ -60,6 +60,8 @@ RandomQuery RandomQueryMaker::Make(unsigned depth) {
             return MakeAppend(depth);
         case 13:
             return MakePivot(depth);
+        case 14:
+            return MakeDomain();
         default:
             return MakeTop(depth);
     }
@@ -80,6 +82,23 @@ RandomQuery RandomQueryMaker::MakeTable() {
     query.vql = "(table [r].[" + source.name + "])";
     query.sql = "select * from " + source.name;
     query.columns = source.columns;
+    query.most = static_cast<double>(source.rows);
+    return query;
+}
+
+// The dictionary of a text column.
+RandomQuery RandomQueryMaker::MakeDomain() {
+    const RandomSource& source = m_sources[Below(static_cast<unsigned>(m_sources.size()))];
+    const auto text = std::find_if(source.columns.begin(), source.columns.end(),
+                                   [](const RandomColumn& column) { return column.type == RandomType::text; });
+    if (text == source.columns.end() || !source.loaded) return MakeTable();
+    RandomColumn value = *text;
+    value.name = NewName();
+    RandomQuery query;
+    query.vql = fmt::format("(domain [r].[{}].[{}] (([{}] [{}])))", source.name, text->name, text->name, value.name);
+    query.sql = fmt::format("select distinct {} as {} from {} where {} is not null", text->name, value.name,
+                            source.name, text->name);
+    query.columns = {value};
     query.most = static_cast<double>(source.rows);
     return query;
 }

@@ -29,6 +29,7 @@ struct RandomSource {
     std::string name;
     std::vector<RandomColumn> columns;
     uint64_t rows = 0;
+    bool loaded = true;  ///< from a text, so that its dictionaries hold nothing but what its rows do
 };
 
 /// One query in VQL and in SQL.
@@ -70,6 +71,7 @@ private:
     RandomType AnyType();
 
     RandomQuery MakeTable();
+    RandomQuery MakeDomain();
     RandomQuery MakeSelect(unsigned depth);
     RandomQuery MakeProject(unsigned depth);
     RandomQuery MakeRestrict(unsigned depth);

@@ -82,7 +82,7 @@ private:
         const std::string statement = fmt::format("(create table-from-query [r].[{}] {})", name, query.vql);
         if (std::getenv("QVE_TEST_KEEP")) std::printf("%s\n", statement.c_str());
         m_server.GetClient().Run(statement);
-        sources.push_back({name, query.columns, rows});
+        sources.push_back({name, query.columns, rows, false});
     }
 
     // What is wrong with the rows of a query; nothing where SQLite has no answer.
