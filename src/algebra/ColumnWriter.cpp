@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
+#include "algebra/DictionaryCompaction.h"
 #include "primitives/column_kernels.h"
 #include "storage/stream/TempFileDataStream.h"
+#include "types/compaccel.h"
+#include "types/usraccel.h"
 
 namespace qve {
 
@@ -120,11 +123,56 @@ void ColumnWriter::WritePage() {
     m_stream = m_factory->AppendStream(m_stream, m_staged.data(), m_staged.size());
 }
 
-void ColumnWriter::Finish() {
-    if (!m_factory) return;
+void ColumnWriter::PutData() {
     m_stream = m_factory->FinaliseStream(m_stream);
     m_target->SetData(m_stream);
     m_factory->ExtractMetadata(m_target);
+}
+
+// A dictionary that grew with the rows has nothing else, unless it has more entries than there are rows.
+bool ColumnWriter::MayHoldUnused() const {
+    const RefCntPtr<DataStream>& dictionary = m_target->GetDict();
+    if (m_purpose != Purpose::storage || m_keepsDictionary || !dictionary) return false;
+    if (m_target->GetType()->fixed() || dictionary->GetSize() < DictionaryCompaction::least) return false;
+    const auto* accelerator = dynamic_cast<const usraccel*>(dictionary->GetAccelerator());
+    return !dictionary->CanExtend() || (accelerator && accelerator->cardinality() > m_target->GetCount());
+}
+
+void ColumnWriter::CompactDictionary() {
+    DictionaryCompaction compaction(*m_target, m_progress);
+    if (!compaction.Pays()) return;
+    const RefCntPtr<DataStream> dictionary = compaction.MakeDictionary();
+    const auto compact = MakeRef<Column>(TargetProperties(*m_target), MakeRef<TempFileDataStream>(), dictionary);
+    m_factory = EncodingFactory::CreateStorageFactory(m_encodings, *compact);
+    m_factory->SetProgressCallback(m_progress);
+    m_stream = compact->GetData();
+    for (uint64_t row = 0, rows = m_target->GetCount(); row < rows;) {
+        constexpr uint64_t window = 65536;
+        const auto count = static_cast<unsigned>(std::min({m_target->Seek(row, 1), rows - row, window}));
+        const input_column page = m_target->GetInput();
+        const auto* const tokens = static_cast<const char*>(page.data);
+        m_staged.assign(tokens, tokens + size_t{count} * page.width);
+        compaction.Translate(count, static_cast<unsigned>(page.width), m_staged.data());
+        WritePage();
+        row += count;
+    }
+    m_target->SetDict(dictionary);
+    PutData();
+    // In a dictionary in order one looks up without an index of its own; what another knows is no more than its size.
+    if (m_target->HasProperty(usrpropkey::comparable)) {
+        auto order = MakeRef<compaccel>(m_target->GetType(), m_target->HasProperty(usrpropkey::distinct));
+        order->build(*m_target->GetHeap());
+        dictionary->SetAccelerator(std::move(order));
+    } else {
+        for (const usrpropkey key : {usrpropkey::min_value, usrpropkey::max_value}) m_target->ClearProperty(key);
+        m_target->SetProperty(usrpropkey::cardinality, std::to_wstring(compaction.GetCardinality()));
+    }
+}
+
+void ColumnWriter::Finish() {
+    if (m_factory) PutData();
+    if (MayHoldUnused()) CompactDictionary();
+    if (!m_factory) return;
     if (m_purpose == Purpose::storage && !m_factory->MinimiseIntegerType(m_target)) {
         m_factory->MinimiseTokenWidth(m_target);
     }

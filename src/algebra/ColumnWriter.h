@@ -35,6 +35,10 @@ public:
     void StagePage(unsigned count, const unsigned* selection);
     /// Appends the staged page. Different writers may do so at once, and beside the source's Next.
     void WritePage();
+    /// Keeps the dictionary of the source as it is, since other columns of the table refer to it too. Before Finish.
+    void KeepDictionary() { m_keepsDictionary = true; }
+    /// The dictionary of what was written; null without one.
+    const DataStream* GetDictionary() const { return m_target->GetDict().get(); }
     /// Puts the data into the target. Different writers may do so at once.
     void Finish();
 
@@ -43,6 +47,9 @@ private:
     void MakeFactory();
     void UseOwnDictionary();
     void TranslatePage(unsigned count, const unsigned* selection);
+    void PutData();
+    bool MayHoldUnused() const;
+    void CompactDictionary();
 
     const RefCntPtr<Column> m_source;
     const RefCntPtr<Column> m_target;
@@ -54,6 +61,7 @@ private:
     RefCntPtr<Column> m_translated;  // the page in tokens of the own dictionary
     std::vector<char> m_staged;      // the selected cells of a page
     bool m_ownDictionary = false;
+    bool m_keepsDictionary = false;
 };
 
 }  // namespace qve

@@ -4,6 +4,7 @@
 #include <tbb/task_group.h>
 
 #include <cstring>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -154,6 +155,11 @@ void FlowTable::WritePages(const Writers& writers, unsigned pageSize) {
         }
         writing.wait();
         m_count.store(GetCount() + count, std::memory_order_relaxed);
+    }
+    std::map<const DataStream*, unsigned> shares;
+    for (const auto& writer : writers) ++shares[writer->GetDictionary()];
+    for (const auto& writer : writers) {
+        if (shares[writer->GetDictionary()] > 1) writer->KeepDictionary();
     }
     each([this](ColumnWriter& writer) {
         OperatorProgressCallback::Check(m_progress.get());

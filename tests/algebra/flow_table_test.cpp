@@ -85,6 +85,48 @@ TEST(FlowTableTest, TokensOfOneDictionaryAreCopied) {
     EXPECT_EQ(Cells(*table.GetColumn(L"t")), (std::vector<std::string>{"'a'", "'b'", "NULL", "'a'"}));
 }
 
+TEST(FlowTableTest, WhatGoesToADatabaseLeavesUnusedTextsBehind) {
+    std::vector<std::string> values;
+    for (unsigned row = 0; row < 20000; ++row) values.push_back(row % 50 ? "value " + std::to_string(row) : "NULL");
+    // Two columns of one dictionary, and one with its own.
+    const RefCntPtr<Column> text = ColumnOf(L"text", L"t", values);
+    usrprops properties = text->GetProperties();
+    properties.set(usrpropkey::name, L"u");
+    const auto twin = MakeRef<Column>(properties, text->GetData(), text->GetDict());
+    const RefCntPtr<Column> alone = ColumnOf(L"text", L"alone", values);
+    const auto build = [](const RefCntPtr<Table>& source, double share) {
+        const auto flow = MakeRef<SampleSelect>(source, share, 5);
+        auto table = MakeRef<FlowTable>(flow, FlowTable::anyEncoding, ColumnWriter::Purpose::storage);
+        table->Build(1000);
+        return std::pair(table, flow->GetSelected());
+    };
+    const auto source = TableOf({alone});
+    source->Build(1);
+    for (const double share : {0.0, 0.01, 0.5, 1.0}) {
+        const auto [table, selected] = build(source, share);
+        Column& column = *table->GetColumn(L"alone");
+        const std::vector<std::string> cells = Cells(column);
+        ASSERT_EQ(cells.size(), selected.size());
+        uint64_t bytes = 0;
+        for (size_t i = 0; i < cells.size(); ++i) {
+            const std::string& value = values[selected[i]];
+            ASSERT_EQ(cells[i], value == "NULL" ? value : "'" + value + "'");
+            bytes += value == "NULL" ? 0 : value.size() + 8;
+        }
+        EXPECT_LE(column.GetDict()->GetSize(), bytes * 4 / 3 + 64) << share;
+        EXPECT_EQ(column.GetDict() == alone->GetDict(), share == 1.0);
+        if (share == 0.5) {
+            EXPECT_NE(column.GetDictionaryToken(Atom(L"text", values[selected[0] % 50 ? selected[0] : selected[1]])),
+                      usrheap::null_token);
+            EXPECT_TRUE(column.HasProperty(usrpropkey::distinct));
+        }
+    }
+    const auto both = TableOf({text, twin});
+    both->Build(1);
+    const auto shared = build(both, 0.01).first;
+    EXPECT_EQ(shared->GetColumn(L"t")->GetDict(), shared->GetColumn(L"u")->GetDict());
+}
+
 // A flow over two tables, so that the dictionary of its column changes on the way.
 class Concatenation : public DataFlow {
 public:

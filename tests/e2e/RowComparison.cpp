@@ -47,10 +47,22 @@ bool Same(const Row& a, const Row& b) {
            std::equal(a.begin(), a.end(), b.begin(), [](const Cell& x, const Cell& y) { return Same(x, y); });
 }
 
+// Whether of two rows of one sort key the first has the lower numbers.
+static bool NumbersBefore(const Row& a, const Row& b) {
+    for (size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+        const auto x = Number(a[i]);
+        const auto y = Number(b[i]);
+        if (x && y && !Same(a[i], b[i])) return *x < *y;
+    }
+    return false;
+}
+
 void Sort(std::vector<Row>& rows) {
     std::vector<std::pair<std::string, size_t>> keys;
     for (size_t i = 0; i < rows.size(); ++i) keys.emplace_back(SortKey(rows[i]), i);
-    std::sort(keys.begin(), keys.end());
+    std::sort(keys.begin(), keys.end(), [&rows](const auto& a, const auto& b) {
+        return a.first != b.first ? a.first < b.first : NumbersBefore(rows[a.second], rows[b.second]);
+    });
     std::vector<Row> sorted;
     for (const auto& [key, row] : keys) sorted.push_back(std::move(rows[row]));
     rows = std::move(sorted);
