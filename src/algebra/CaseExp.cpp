@@ -131,9 +131,8 @@ void CaseExp::AppendHeap(usrprops properties, const RefCntPtr<DataStream>& dicti
 
 // The width of the tokens of the dictionary, once everything that can come into it is there.
 unsigned CaseExp::MeasureTokens(const usrprops& properties, const RefCntPtr<DataStream>& dictionary) const {
-    const bool whole = std::all_of(m_branches.begin(), m_branches.end(), [](const Branch& branch) {
-        return !branch.value || HasFinalHeap(*branch.value);
-    });
+    const bool whole = std::all_of(m_branches.begin(), m_branches.end(),
+                                   [](const Branch& branch) { return !branch.value || HasFinalHeap(*branch.value); });
     const Column column(properties, MakeRef<TempFileDataStream>(), dictionary);
     return whole ? column.GetMinimalTokenSize() : column.GetTokenSize();
 }

@@ -22,7 +22,9 @@ public:
 
     /// Room for the values 0 to `expected` - 1.
     explicit cas_hash(size_t expected)
-        : m_bits(static_cast<unsigned>(std::bit_width(expected))), m_nodes(expected), m_buckets(size_t{1} << m_bits, 0) {}
+        : m_bits(static_cast<unsigned>(std::bit_width(expected))),
+          m_nodes(expected),
+          m_buckets(size_t{1} << m_bits, 0) {}
 
     /// Adds a value to a key. Any thread.
     void insert(K key, V value) {
