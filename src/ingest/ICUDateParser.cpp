@@ -55,7 +55,7 @@ void ICUDateReader<Traits>::Prepare() {
     if (!format) {
         throw QVE_RuntimeError(status::ICUDateParser_Reset, "ICUDateParser::Reset: Unable to reallocate calendar");
     }
-    const std::optional<double> start = QuilICU::DateFormat::StartOfYear(m_firstYear);
+    const auto start = QuilICU::DateFormat::StartOfYear(m_firstYear);
     if (!start) {
         throw QVE_RuntimeError(status::ICUDateParser_CreateYear,
                                "ICUDateParser::ICUDateParser: Unable to create two digit year");

@@ -101,7 +101,7 @@ struct aggregate_kernel {
     }
 
     static partial reduce_rows(unsigned n, View a, unsigned const* sel) {
-        if (sel) return reduce<true>(n, a, sel);
+        if (sel) return a.whole ? reduce<false>(n, a, sel) : reduce<true>(n, a, sel);
         const vector_level level = current_vector_level();
         if constexpr (has_lanes && has_wide_lanes<Op, R, A>()) {
             if (level == vector_level::avx512 && !a.whole) return reduce_nulls_avx512(n, a);

@@ -116,7 +116,7 @@ std::unique_ptr<DateFormat> DateFormat::Clone() const {
     return std::unique_ptr<DateFormat>(new DateFormat(copy));
 }
 
-std::optional<double> DateFormat::StartOfYear(int year) {
+std::optional<DateFormat::YearStart> DateFormat::StartOfYear(int year) {
     UErrorCode error = U_ZERO_ERROR;
     UCalendar* calendar = ucal_open(utc, -1, "en_US", UCAL_GREGORIAN, &error);
     if (U_FAILURE(error)) return std::nullopt;
@@ -125,12 +125,12 @@ std::optional<double> DateFormat::StartOfYear(int year) {
     const UDate start = ucal_getMillis(calendar, &error);
     ucal_close(calendar);
     if (U_FAILURE(error)) return std::nullopt;
-    return start;
+    return YearStart{start};
 }
 
-bool DateFormat::SetTwoDigitYearStart(double start) {
+bool DateFormat::SetTwoDigitYearStart(YearStart start) {
     UErrorCode error = U_ZERO_ERROR;
-    udat_set2DigitYearStart(static_cast<UDateFormat*>(m_format), start, &error);
+    udat_set2DigitYearStart(static_cast<UDateFormat*>(m_format), start.milliseconds, &error);
     return U_SUCCESS(error);
 }
 

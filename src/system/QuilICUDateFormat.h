@@ -12,6 +12,10 @@ namespace qve::QuilICU {
 /// changes from Julian to Gregorian on 15 October 1582. One thread at a time; threads take clones.
 class DateFormat {
 public:
+    struct YearStart {
+        double milliseconds;
+    };
+
     /// A format for a pattern such as "d. MMMM yyyy". Null when ICU refuses.
     static std::unique_ptr<DateFormat> Open(const char* locale, std::u16string_view pattern);
     /// The patterns of the locale for dates, and for dates with a time, each from short to full.
@@ -28,9 +32,9 @@ public:
     /// Null when ICU fails.
     std::unique_ptr<DateFormat> Clone() const;
     /// The moment at which a year begins. Nothing when ICU fails.
-    static std::optional<double> StartOfYear(int year);
+    static std::optional<YearStart> StartOfYear(int year);
     /// Years of two digits lie in the hundred years from this moment on. False when ICU fails.
-    bool SetTwoDigitYearStart(double start);
+    bool SetTwoDigitYearStart(YearStart start);
     /// The moment that the whole of `text` says; nothing when it says none.
     std::optional<double> Parse(std::u16string_view text);
     std::u16string Format(double milliseconds) const;

@@ -55,10 +55,12 @@ TEST(DateFormat, ParsesWholeTextsInUTC) {
     EXPECT_EQ(format->Format(0), u"1. Januar 1970");
 
     auto short_years = DateFormat::Open("en_US", u"MM/dd/yy");
-    ASSERT_TRUE(short_years->SetTwoDigitYearStart(1931));
+    ASSERT_TRUE(short_years->SetTwoDigitYearStart(DateFormat::StartOfYear(1931).value()));
     const auto copy = short_years->Clone();
     EXPECT_LT(copy->Parse(u"01/01/31").value(), 0);
     EXPECT_GT(copy->Parse(u"01/01/30").value(), 0);
+    // A name that is none stands for no locale in particular.
+    EXPECT_FALSE(DateFormat::DateTimePatterns("no such place@calendar=gregorian").empty());
 }
 
 TEST(DateFormat, KnowsTheNamesOfALocale) {
