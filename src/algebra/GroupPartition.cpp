@@ -13,7 +13,8 @@ struct Counters {
 };
 
 template <class Row>
-void Split(unsigned groupCount, unsigned count, const unsigned* group, Row row, unsigned* starts, unsigned* out) {
+void Split(unsigned groupCount, unsigned count, const unsigned* group, Row row, unsigned* starts, unsigned* counts,
+           unsigned* out) {
     const unsigned part = count / streams;
     Counters counters;
     for (unsigned i = 0; i < part; ++i) {
@@ -29,8 +30,8 @@ void Split(unsigned groupCount, unsigned count, const unsigned* group, Row row, 
             counters.of[s][g] = next;
             next += rows;
         }
+        counts[g] = next - starts[g];
     }
-    starts[groupCount] = next;
 
     for (unsigned i = 0; i < part; ++i) {
         for (unsigned s = 0; s < streams; ++s) {
@@ -47,14 +48,19 @@ void Split(unsigned groupCount, unsigned count, const unsigned* group, Row row, 
 }  // namespace
 
 void GroupPartition::Reset(unsigned groupCount, unsigned count, input_column groups, const unsigned* sel) {
-    if (m_rows.size() < count) m_rows.resize(count);
+    const unsigned stride = count + split_slack;
+    if (m_rows.size() < groupCount * stride) m_rows.resize(groupCount * stride);
     const unsigned* group = groups.values<unsigned>();
+    if (split_by_group(groupCount, count, group, sel, stride, m_rows.data(), m_counts)) {
+        for (unsigned g = 0; g < groupCount; ++g) m_starts[g] = g * stride;
+        return;
+    }
     if (sel) {
         Split(
-            groupCount, count, group, [sel](unsigned i) { return sel[i]; }, m_starts, m_rows.data());
+            groupCount, count, group, [sel](unsigned i) { return sel[i]; }, m_starts, m_counts, m_rows.data());
     } else {
         Split(
-            groupCount, count, group, [](unsigned i) { return i; }, m_starts, m_rows.data());
+            groupCount, count, group, [](unsigned i) { return i; }, m_starts, m_counts, m_rows.data());
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "primitives/split_by_group.h"
 #include "types/input_column.h"
 
 namespace qve {
@@ -11,7 +12,7 @@ namespace qve {
 class GroupPartition {
 public:
     /// Up to this many groups, and from so many aggregates on, the split of a page costs less than it saves.
-    static constexpr unsigned maxGroups = 8;
+    static constexpr unsigned maxGroups = most_split_groups;
     static constexpr unsigned fewestAggregates = 4;
 
     /// Splits the `count` rows that `sel` selects (null: all) by `groups`, which are unsigned 32-bit, indexed by row
@@ -19,14 +20,15 @@ public:
     void Reset(unsigned groupCount, unsigned count, input_column groups, const unsigned* sel);
 
     /// How many rows the group has in the page.
-    unsigned GetCount(unsigned group) const { return m_starts[group + 1] - m_starts[group]; }
+    unsigned GetCount(unsigned group) const { return m_counts[group]; }
     /// Their ascending positions. Valid until the next Reset.
     const unsigned* GetSelection(unsigned group) const { return m_rows.data() + m_starts[group]; }
     /// The group number, as a vector in which all rows are of this group.
     input_column GetNumbers(unsigned group) const;
 
 private:
-    unsigned m_starts[maxGroups + 1] = {};
+    unsigned m_starts[maxGroups] = {};
+    unsigned m_counts[maxGroups] = {};
     std::vector<unsigned> m_rows;
 };
 

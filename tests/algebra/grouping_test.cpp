@@ -12,6 +12,7 @@
 #include "algebra/PerfectHashGrouping.h"
 #include "algebra/RadixCluster.h"
 #include "algebra/RadixGrouping.h"
+#include "primitives/vector_level.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "tests/algebra/sample_rows.h"
 #include "types/atom_hash.h"
@@ -341,10 +342,17 @@ TEST(Grouping, MatchedRowsAndLinksOfAnInnerTable) {
     EXPECT_EQ(Cells(*grouping->GetInnerMatched()), (std::vector<std::string>{"f", "f", "f", "t", "f", "f"}));
 }
 
-TEST(GroupPartition, SplitsAPageByGroupInOrder) {
+class GroupPartitionTest : public testing::TestWithParam<vector_level> {
+protected:
+    void SetUp() override { set_vector_level(GetParam()); }
+    void TearDown() override { set_vector_level(supported_vector_level()); }
+};
+INSTANTIATE_TEST_SUITE_P(Levels, GroupPartitionTest, testing::Values(vector_level::scalar, supported_vector_level()));
+
+TEST_P(GroupPartitionTest, SplitsAPageByGroupInOrder) {
     std::mt19937 random(seed);
     GroupPartition partition;
-    for (const unsigned count : {1u, 3u, 4u, 7u, 1000u}) {
+    for (const unsigned count : {1u, 3u, 4u, 7u, 16u, 17u, 1000u}) {
         std::vector<unsigned> numbers(count * 2);
         for (unsigned& number : numbers) number = random() % GroupPartition::maxGroups;
         std::vector<unsigned> selection;
