@@ -2,6 +2,7 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
 #include <bit>
 
 #include "primitives/vector_level.h"
@@ -48,9 +49,19 @@ template <class... Seen>
 unsigned add_by_group_wide(unsigned n, double* parts, unsigned stride, const double* values, const unsigned* groups,
                            unsigned count, Seen&... seen) {
     if (current_vector_level() < vector_level::avx512) return 0;
-    if (count <= 4) return add_wide<4>(n, parts, stride, values, groups, seen...);
-    if (count <= most_added_groups) return add_wide<most_added_groups>(n, parts, stride, values, groups, seen...);
-    return 0;
+    switch (std::max(count, 4U)) {
+        case 4:
+            return add_wide<4>(n, parts, stride, values, groups, seen...);
+        case 5:
+            return add_wide<5>(n, parts, stride, values, groups, seen...);
+        case 6:
+            return add_wide<6>(n, parts, stride, values, groups, seen...);
+        case 7:
+        case most_added_groups:
+            return add_wide<most_added_groups>(n, parts, stride, values, groups, seen...);
+        default:
+            return 0;
+    }
 }
 
 }  // namespace

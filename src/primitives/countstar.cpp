@@ -1,5 +1,6 @@
 #include <immintrin.h>
 
+#include <bit>
 #include <numeric>
 
 #include "primitives/aggregate_kernel.h"
@@ -9,6 +10,8 @@ namespace {
 
 constexpr unsigned few_groups = 64;
 constexpr unsigned copies = 4;
+// Up to this many groups each row is compared with all of them.
+constexpr unsigned fewest_groups = 8;
 
 // Each group has several counters: one that was just raised is not ready to be raised again at once.
 void count_few(unsigned n, bigint* counts, unsigned const* group, unsigned const* sel, unsigned highest) {
@@ -45,6 +48,26 @@ template <unsigned Groups>
     for (; k < n; ++k) ++counts[group[k]];
 }
 
+// The same by the bits that a comparison of 16 rows gives.
+template <unsigned Groups>
+[[gnu::target("avx512f,popcnt")]] void count_fewest_wide(unsigned n, bigint* counts, unsigned const* group,
+                                                         unsigned groups) {
+    constexpr unsigned lanes = 16;
+    unsigned sums[Groups] = {};
+    const auto count = [&](__m512i numbers, __mmask16 some) __attribute__((always_inline, target("avx512f,popcnt"))) {
+#pragma GCC unroll 8
+        for (unsigned g = 0; g < Groups; ++g) {
+            const __mmask16 mine = _mm512_mask_cmpeq_epi32_mask(some, numbers, _mm512_set1_epi32(static_cast<int>(g)));
+            sums[g] += static_cast<unsigned>(std::popcount(static_cast<unsigned>(mine)));
+        }
+    };
+    unsigned k = 0;
+    for (; k + lanes <= n; k += lanes) count(_mm512_loadu_si512(group + k), 0xFFFF);
+    const auto some = static_cast<__mmask16>((1U << (n - k)) - 1);
+    count(_mm512_maskz_loadu_epi32(some, group + k), some);
+    for (unsigned g = 0; g < groups; ++g) counts[g] += sums[g];
+}
+
 template <class Group>
 struct countstar_kernel {
     static unsigned run(unsigned n, output_column out, input_column groups, unsigned const* sel) {
@@ -59,10 +82,13 @@ struct countstar_kernel {
             const unsigned highest = highest_group(n, group, sel);
             rows_that_fit(n, highest < out.limit);
             const bool wide = !sel && current_vector_level() >= vector_level::avx2;
-            if (wide && highest < 4) {
+            if (wide && highest < fewest_groups && current_vector_level() == vector_level::avx512) {
+                const auto count = highest < 5 ? count_fewest_wide<5> : count_fewest_wide<fewest_groups>;
+                count(n, counts, group, highest + 1);
+            } else if (wide && highest < 4) {
                 count_fewest<4>(n, counts, group);
-            } else if (wide && highest < 8) {
-                count_fewest<8>(n, counts, group);
+            } else if (wide && highest < fewest_groups) {
+                count_fewest<fewest_groups>(n, counts, group);
             } else if (highest < few_groups && n >= few_groups) {
                 count_few(n, counts, group, sel, highest);
             } else {
