@@ -66,6 +66,15 @@ TEST(GroupSums, AreRightForAnyNumberOfGroups) {
                             if (present[g] == 0) continue;
                             ASSERT_NEAR(sums[g], expected[g], 1e-12) << g << " of " << groups;
                         }
+                        // A further page, on totals of which some are null, or none.
+                        const std::vector<double> once = sums;
+                        sum(taken, output_of(sums), values, input_of(rows.groups), sel);
+                        for (unsigned g = 0; g < groups; ++g) {
+                            ASSERT_EQ(is_null(sums[g]), present[g] == 0) << g << " of " << groups;
+                            if (present[g] > 0) {
+                                ASSERT_NEAR(sums[g], 2 * once[g], 1e-12);
+                            }
+                        }
                         if (scalar.empty()) scalar = sums;
                         ASSERT_EQ(std::memcmp(scalar.data(), sums.data(), groups * sizeof(double)), 0);
                     }
