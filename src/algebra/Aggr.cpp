@@ -15,6 +15,7 @@
 #include "algebra/group_key_properties.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
+#include "system/CancelScope.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogEntry.h"
@@ -112,6 +113,7 @@ RefCntPtr<Column> Aggr::LookupColumn(const std::wstring& name) const {
 
 uint64_t Aggr::Build(unsigned pageSize) {
     if (m_built) return GetCount();
+    const CancelScope cancel(m_progress.get());
     const LogScopeTime time("Aggr::Build", 1.0);
     for (auto& [name, column] : m_columns) {
         if (!column) column = LoadColumn(name);

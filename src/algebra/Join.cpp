@@ -8,6 +8,7 @@
 #include "algebra/SharedJoinGrouping.h"
 #include "metrics/Scope.h"
 #include "storage/Column.h"
+#include "system/CancelScope.h"
 #include "telemetry/LogScopeTime.h"
 
 namespace qve {
@@ -75,6 +76,7 @@ uint64_t Join::BuildInner(unsigned pageSize) {
 }
 
 void Join::HashInner(unsigned pageSize) {
+    const CancelScope cancel(m_progress.get());
     Metrics::Scope scope("Join::HashInner");
     scope.NameValue("FieldCount", m_keys.size());
     scope.NameValue("type", JoinTypeToStr(m_type));

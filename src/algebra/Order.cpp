@@ -12,6 +12,7 @@
 #include "primitives/primitive.h"
 #include "storage/AffineDataStream.h"
 #include "storage/Column.h"
+#include "system/CancelScope.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogScopeTime.h"
@@ -137,6 +138,7 @@ void Order::InitColumn(const std::wstring& name, Column& column) const {
 
 uint64_t Order::Build(unsigned pageSize) {
     if (m_built) return m_count;
+    const CancelScope cancel(m_progress.get());
     m_source->Build(pageSize);
     const LogScopeTime time("Order::Build", 1.0);
     m_sorter = MakeRef<TableSorter>(m_source, m_specs, m_progress);

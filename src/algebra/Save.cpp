@@ -6,6 +6,7 @@
 #include "storage/Column.h"
 #include "storage/Database.h"
 #include "storage/stream/TempFileDataStream.h"
+#include "system/CancelScope.h"
 #include "telemetry/LogScopeTime.h"
 
 namespace qve {
@@ -20,6 +21,7 @@ Save::~Save() = default;
 
 uint64_t Save::Build(unsigned pageSize) {
     if (m_built) return m_count;
+    const CancelScope cancel(m_progress.get());
     LogScopeTime time("Save::Build", 1.0);
     m_count = m_delegate->Build(pageSize);
     time.SetNumber(m_count);

@@ -13,6 +13,7 @@
 #include "algebra/adopt_cells.h"
 #include "algebra/status.h"
 #include "storage/Column.h"
+#include "system/CancelScope.h"
 #include "system/QuillonException.h"
 #include "system/unicode.h"
 #include "telemetry/LogScopeTime.h"
@@ -283,6 +284,7 @@ uint64_t TopN::GetCount() const {
 
 uint64_t TopN::Build(unsigned pageSize) {
     if (m_built) return m_count;
+    const CancelScope cancel(m_progress.get());
     const LogScopeTime time("TopN::Build", 1.0);
     const RefCntPtr<DataFlow>& source = GetSource();
     Candidates candidates(*source, m_specs, m_limit, m_progress);

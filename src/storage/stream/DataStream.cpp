@@ -5,8 +5,16 @@
 #include <thread>
 
 #include "os/MappedFile.h"
+#include "system/CancelScope.h"
 
 namespace qve {
+
+namespace {
+
+// Writing out a whole window takes long enough to be noticed by who cancels.
+constexpr uint64_t appendedAtOnce = uint64_t{4} << 20;
+
+}  // namespace
 
 std::atomic<uint64_t> DataStream::s_maxlimit{uint64_t{64} << 20};
 std::atomic<unsigned> DataStream::s_executing{0};
@@ -67,8 +75,9 @@ void DataStream::AppendData(DataStream& to, DataStream& from) {
 void DataStream::AppendWindows(DataStream& from) {
     const uint64_t end = from.GetSize();
     for (uint64_t position = from.GetCursor(); position < end;) {
-        const uint64_t count =
-            std::min(from.Seek(position, std::min(end - position, from.GetPageLimit())), end - position);
+        CancelScope::Check();
+        const uint64_t wanted = std::min({end - position, from.GetPageLimit(), appendedAtOnce});
+        const uint64_t count = std::min(from.Seek(position, wanted), wanted);
         Append(from.GetInput(0), count);
         position += count;
     }

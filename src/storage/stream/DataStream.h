@@ -109,7 +109,8 @@ protected:
     explicit DataStream(const char* typeName = "NOTYPENAME");
     /// Gives a fork its guid, page limit, owned mark and accelerator.
     void CopyIdentity(DataStream& fork) const;
-    /// Append(DataStream&) by windows: what `from` has from its cursor on goes through Append of bytes.
+    /// Append(DataStream&) by pieces: what `from` has from its cursor on goes through Append of bytes. Ends by
+    /// CancelledException when the operator of the thread's CancelScope was cancelled; what was appended stays.
     void AppendWindows(DataStream& from);
     void SetDsid(std::string dsid) { m_dsid = std::move(dsid); }
 

@@ -19,6 +19,9 @@
 #include "storage/stream/ResidentDataStream.h"
 #include "storage/stream/TempFileDataStream.h"
 #include "storage/stream/status.h"
+#include "system/CancelScope.h"
+#include "system/Operator.h"
+#include "system/ProgressCallback.h"
 #include "system/QuillonException.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -476,6 +479,29 @@ TEST_F(StreamTest, ATemporaryThatFindsNoRoomStaysInMemory) {
     EXPECT_EQ(contents(*stream), "abcd");
     stream->Append("e", 1);
     EXPECT_EQ(contents(*stream), "abcde");
+}
+
+TEST_F(StreamTest, ATemporaryOfACancelledOperatorStaysInMemory) {
+    class Cancelled final : public ProgressCallback {
+    public:
+        void SetProgress(uint64_t, uint64_t, uint64_t, uint64_t) override {}
+        void GetProgress(uint64_t&, uint64_t&, uint64_t&, uint64_t&) const override {}
+        void SetCancelled() override {}
+        bool IsCancelled() const override { return true; }
+    };
+    const Cancelled cancelled;
+    TempFileDataStream stream;
+    stream.SetPageLimit(4096);
+    stream.Append(std::string(4096, 'a').data(), 4096);
+    {
+        const CancelScope scope(&cancelled);
+        EXPECT_THROW(stream.Append("b", 1), Operator::CancelledException);
+        const CancelScope other(nullptr);
+        CancelScope::Check();
+    }
+    EXPECT_EQ(contents(stream), std::string(4096, 'a'));
+    stream.Append("b", 1);
+    EXPECT_EQ(contents(stream), std::string(4096, 'a') + "b");
 }
 
 TEST_F(StreamTest, ResidentKeepsItsWindowWithoutAskingAgain) {
