@@ -179,7 +179,7 @@ void DetermineFieldSeparator(std::string_view sample, const usrprops& given, par
     if (config.currency.size() == 1) excluded.push_back(config.currency[0]);
     using Score = std::tuple<double, size_t, int64_t, int>;
     std::vector<Score> scores;
-    for (int byte = 1; byte < 128; ++byte) {
+    for (int byte = 1; byte < 127; ++byte) {  // what a property can hold
         const char c = static_cast<char>(byte);
         const Counter& counter = counters[static_cast<size_t>(byte)];
         const size_t place = listed_separators.find(c);

@@ -78,6 +78,12 @@ TEST_F(TextScanTest, FindsSeparatorHeaderAndTypes) {
     EXPECT_EQ(scan->GetTextProperties().text(usrpropkey::header_row), L"true");
 }
 
+TEST_F(TextScanTest, FindsOnlyDelimitersThatItsPropertiesCanSay) {
+    const std::string text = "a\177b\177c\n";
+    const auto scan = Open(text);
+    EXPECT_EQ(Schema(*scan), Schema(*Open(text, scan->GetSchema(), scan->GetTextProperties())));
+}
+
 TEST_F(TextScanTest, NamesColumnsThatHaveNone) {
     EXPECT_EQ(Schema(*Open("1,2\n3,4\n")), "F1:bigint F2:bigint");
     EXPECT_EQ(Schema(*Open("sales,sales,,[x]\n1,2,3,4\n")), "sales:bigint sales 1:bigint F3:bigint (x):bigint");
